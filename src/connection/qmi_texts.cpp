@@ -1,0 +1,53 @@
+#include "connection/qmi_texts.h"
+
+#include "support/text.h"
+
+namespace {
+
+struct CodeText {
+    int code;
+    const char* text;
+};
+
+constexpr CodeText kQmiResults[] = {
+    {1, "Message incorrect or corrupt. (1)"},
+    {2, "Device could not allocate memory to formulate response. (2)"},
+    {3, "Unexpected error occurred during processing. (3)"},
+    {10, "Specified configured profile index does not exist. (10)"},
+    {14, "Data call failed. (14)"},
+    {26, "Control point has already started the network interface. (26)"},
+    {28, "Invalid PDP type. (28)"},
+    {29, "Invalid technology preference. (29)"},
+};
+
+// The byte 0x96 in text 5 is an en dash in code page 1252 and no UTF-8: deliberate, the web page
+// is served in that code page. Text 9 has no blank before its number, which stays so.
+constexpr CodeText kCallEndReasons[] = {
+    {1, "Reason unspecified (1)"},
+    {2, "Client ended the call (2)"},
+    {3, "Phone has no service (3)"},
+    {4, "Call has ended abnormally (4)"},
+    {5, "Received release from BS \x96 no reason given (5)"},
+    {6, "Access attempt already in progress (6)"},
+    {7, "Access failure for reason other than the above (7)"},
+    {8, "Call rejected because of redirection or handoff (8)"},
+    {9, "Call failed because close is in progress(9)"},
+    {10, "Authentication failed (10)"},
+};
+
+template <std::size_t N>
+void Describe(const CodeText (&texts)[N], int code, std::string& text) {
+    for (const CodeText& row : texts) {
+        if (row.code == code) text = row.text;
+    }
+}
+
+}  // namespace
+
+void DescribeQmiResult(std::string& text) {
+    if (IsInteger(text)) Describe(kQmiResults, ToInt(text), text);
+}
+
+void DescribeCallEndReason(std::string& text) {
+    Describe(kCallEndReasons, ToInt(text), text);
+}

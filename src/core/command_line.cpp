@@ -1,0 +1,90 @@
+#include "core/command_line.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "core/settings.h"
+#include "support/system_log.h"
+#include "support/text.h"
+
+namespace {
+
+struct CardOption {
+    const char* word;
+    CardType card;
+    const char* message;
+};
+
+// In the order in which an option is searched for them: "-E362E371" is an E362. The maker's name
+// is misspelled in the last message and stays so.
+constexpr CardOption kCardOptions[] = {
+    {"881", kCardSierra881, "card type set to Sierra 881"},
+    {"E362", kCardNovatelE362, "card type set to Novatel E362/USB551L"},
+    {"E371", kCardNovatelE371, "card type set to Novatel E371/MC679"},
+    {"USB305", kCardSierraUsb305, "card type set to Sierra USB 305 Lightning"},
+    {"mc75i", kCardMc75i, "card type set to Centerion MC75i"},
+};
+
+// An argument counts with its first 80 characters.
+std::string FirstEighty(const char* argument) {
+    return std::string(argument, strnlen(argument, sizeof(g_c_PortPath)));
+}
+
+void SelectCard(const CardOption& option) {
+    g_i_CardType = option.card;
+    if (option.card == kCardNovatelE362) g_i_IsE362 = 1;
+    if (option.card == kCardNovatelE371) g_i_IsE362 = 0;
+    if (option.card == kCardMc75i) g_i_IsMc75i = 1;
+    Log("%s", option.message);
+    // Every card option takes -cind1 back, deliberately: the start scripts put it last where a
+    // card needs it.
+    g_i_UseCind1 = 0;
+}
+
+void ReadOption(const char* argument) {
+    if (argument[1] == 'd') {
+        ++g_i_DebugLevel;
+        return;
+    }
+    const std::string option = FirstEighty(argument);
+    if (Contains(option, "cind1")) {
+        g_i_UseCind1 = 1;
+        Log("using querry type cind1");
+        return;
+    }
+    for (const CardOption& card : kCardOptions) {
+        if (Contains(option, card.word)) return SelectCard(card);
+    }
+}
+
+}  // namespace
+
+std::string ProgramNameOf(const std::string& argv0) {
+    const auto slash = argv0.rfind('/');
+    if (slash == std::string::npos || slash + 1 == argv0.size()) return argv0;
+    return argv0.substr(slash + 1);
+}
+
+bool ReadArguments(int argc, const char* const* argv) {
+    bool have_path = false;
+    for (int i = 1; i < argc; ++i) {
+        if (argv[i][0] == '-') {
+            ReadOption(argv[i]);
+        } else if (!have_path) {
+            std::memcpy(g_c_PortPath, argv[i], strnlen(argv[i], sizeof(g_c_PortPath)));
+            have_path = true;
+        }
+    }
+    return have_path;
+}
+
+void PrintUsage(const std::string& program_name) {
+    std::fprintf(stderr,
+                 "usage: %s [-881|-E362|-E371|-USB305|-mc75i] [-cind1] [-d]... DEVICE\n"
+                 "\n"
+                 "  DEVICE   the modem's AT command port, for example /dev/ttyUSB0\n"
+                 "  -881 ... the modem's model; a generic modem without it\n"
+                 "  -cind1   poll the signal with AT+CIND? (stands behind the model)\n"
+                 "  -d       more in the system log; up to four times\n",
+                 program_name.c_str());
+}

@@ -1,0 +1,168 @@
+#include "core/config_files.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstring>
+
+#include "core/settings.h"
+#include "support/countdown_timer.h"
+#include "support/info_table.h"
+#include "support/system_log.h"
+#include "support/text.h"
+
+namespace {
+
+constexpr std::size_t kLongestApn = 20;
+constexpr int kSyncHours = 4;
+
+constexpr char kApnKey[] = "CM_APN";
+constexpr char kEnableKey[] = "CM_ENABLE_INTERFACE";
+constexpr char kRouteKey[] = "CM_DEFAULTROUTE";
+constexpr char kDebugKey[] = "DEBUG_MODE";
+constexpr char kSyncKey[] = "SYNC_TIME";
+
+enum FileState : int { kMissing = 0, kUnchanged = 1, kChanged = 2 };
+
+// A watched file: its path, and its state when it was last read.
+struct WatchedFile {
+    const char* path;
+    struct stat saved;
+
+    FileState Test(struct stat& now) const {
+        if (access(path, F_OK) != 0 || stat(path, &now) != 0) return kMissing;
+        return now.st_mtime == saved.st_mtime ? kUnchanged : kChanged;
+    }
+};
+
+WatchedFile g_ppp_file = {"/etc/kvt/wireless/cellmodem_ppp.conf", {}};
+WatchedFile g_provisioning_file = {"/etc/kvt/wireless/cellmodem_provision_data.conf", {}};
+
+std::string LowerValue(const cInfoTable& table, const char* key) {
+    std::string value = table.GetValue(key);
+    CleanWhiteSpace(value);
+    ToLower(value);
+    return value;
+}
+
+// Names CM_APN whichever key is missing: deliberate, field notes search the log for this line.
+void LogMissingEntry() {
+    LogDebug("DEBUG:  %s(): %s entry missing ", "ReadPppConfigFile", kApnKey);
+}
+
+std::string CheckedApn(const std::string& apn) {
+    std::string lower = apn;
+    ToLower(lower);
+    if (lower.empty()) {
+        Log("Note: Config file APN is empty");
+        return "";
+    }
+    if (ApnIsValidFormat(lower) == 0) {
+        Log("Error:  The APN '%s' contains invalid characters", lower.c_str());
+        return "";
+    }
+    if (lower.size() > kLongestApn) {
+        Log("Error:  The APN '%s' is too long", lower.c_str());
+        return "";
+    }
+    return apn;
+}
+
+void ReadApn(const cInfoTable& table) {
+    if (!table.HasLabel(kApnKey)) return LogMissingEntry();
+    std::string apn = table.GetValue(kApnKey);
+    CleanWhiteSpace(apn);
+    g_S_PppConfig.apn = CheckedApn(apn);
+}
+
+void ReadInterfaceEnabled(const cInfoTable& table) {
+    g_S_PppConfig.interface_enabled = true;
+    if (!table.HasLabel(kEnableKey)) return LogMissingEntry();
+    const std::string value = LowerValue(table, kEnableKey);
+    if (value == "no") {
+        Log("Config option %s is 'NO', WAN interface is disabled", kEnableKey);
+        g_S_PppConfig.interface_enabled = false;
+    } else {
+        Log("Config option %s is '%s'", kEnableKey, value.c_str());
+    }
+}
+
+// Both messages name CM_ENABLE_INTERFACE, deliberately: the web page's log view looks for it.
+void ReadDefaultRoute(const cInfoTable& table) {
+    g_S_PppConfig.default_route = true;
+    if (!table.HasLabel(kRouteKey)) return LogMissingEntry();
+    const std::string value = LowerValue(table, kRouteKey);
+    if (value == "no") {
+        Log("Config option %s is '%s', WAN interface default route setting is off", kEnableKey,
+            value.c_str());
+        g_S_PppConfig.default_route = false;
+    } else {
+        Log("Config option %s is '%s'", kEnableKey, value.c_str());
+    }
+}
+
+// Without the key the level falls to 0 and takes the -d options back: deliberate, a router with a
+// provisioning file is quiet unless the file asks for more.
+void ReadDebugMode(const cInfoTable& table) {
+    if (!table.HasLabel(kDebugKey)) {
+        g_i_DebugLevel = 0;
+        return;
+    }
+    std::string value = table.GetValue(kDebugKey);
+    CleanWhiteSpace(value);
+    if (value.empty() || !IsInteger(value)) return;
+    g_i_DebugLevel = ToInt(value);
+    Log("%s set to %d", kDebugKey, g_i_DebugLevel);
+}
+
+void ReadSyncTime(const cInfoTable& table) {
+    g_S_PppConfig.time_sync_enabled = false;
+    if (!table.HasLabel(kSyncKey) || LowerValue(table, kSyncKey) != "yes") return;
+    Log("%s config option is YES.  Time sync will attempt every %d hours", kSyncKey, kSyncHours);
+    g_S_PppConfig.time_sync_enabled = true;
+    g_Cp_TowerTimeTimer->Stop();  // The next answered pass synchronises.
+}
+
+}  // namespace
+
+int ReadPppConfigFile() {
+    struct stat now = {};
+    if (g_ppp_file.Test(now) != kChanged) return 0;
+    g_ppp_file.saved = now;
+    const cInfoTable table(g_ppp_file.path, '=');
+    ReadApn(table);
+    ReadInterfaceEnabled(table);
+    ReadDefaultRoute(table);
+    return 1;
+}
+
+int ReadProvisioningFile() {
+    struct stat now = {};
+    const FileState state = g_provisioning_file.Test(now);
+    if (state == kMissing) g_S_PppConfig.time_sync_enabled = true;
+    if (state != kChanged) return 0;
+    g_S_PppConfig.provisioning_changed = true;
+    g_provisioning_file.saved = now;
+    const cInfoTable table(g_provisioning_file.path, '=');
+    ReadDebugMode(table);
+    ReadSyncTime(table);
+    return 1;
+}
+
+int ApnIsValidFormat(const std::string& apn) {
+    constexpr char kAllowed[] = "abcdefghijklmnopqrstuvwxyz0123456789.-_!";
+    if (apn.empty()) return 0;
+    LogDebug("DEBUG: %s(): Checking for bad characters in '%s'", __func__, apn.c_str());
+    for (const char c : apn) {
+        const char* allowed = kAllowed;
+        for (; *allowed != '\0'; ++allowed) {
+            LogAbove(2, "DEBUG: %s(): Checking if '%c' = '%c'", __func__, c, *allowed);
+            if (c == *allowed) break;
+        }
+        if (*allowed != '\0') continue;
+        LogDebug("DEBUG: %s(): Error: Bad APN", __func__);
+        return 0;
+    }
+    LogDebug("DEBUG: %s(): APN has valid chars", __func__);
+    return 1;
+}

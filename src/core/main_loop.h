@@ -1,0 +1,4 @@
+#pragma once
+
+// The daemon's only scheduler, paced by sleeps alone. The process leaves it through exit.
+[[noreturn]] void RunMainLoop();

@@ -1,0 +1,86 @@
+// The process-wide settings and handles: plain globals of one single-threaded process, grouped by
+// who writes them. Everyone may read this header; it includes nothing of the daemon's own.
+#pragma once
+
+#include <csignal>
+#include <deque>
+#include <string>
+
+class cCountdownTimer;
+class cKVTLogger;
+struct SmsMessage;
+
+// Modem models, as stored in g_i_CardType and compared by number throughout the program.
+enum CardType : int {
+    kCardGeneric = 0,
+    kCardSierra881 = 2,
+    kCardType3 = 3,  // Served by the service-type query; no option selects it.
+    kCardSierraUsb305 = 4,
+    kCardMc75i = 6,
+    kCardNovatelE362 = 7,
+    kCardNovatelE371 = 8,
+};
+
+// --- Written by the command line -----------------------------------------------------------------
+extern int g_i_CardType;      // a CardType
+extern int g_i_IsE362;        // 1 after the E362 option, 0 after the E371 option
+extern int g_i_IsMc75i;       // 1 after the mc75i option
+extern int g_i_UseCind1;      // 1: the signal is polled with AT+CIND? instead of AT+CSQ
+extern int g_i_DebugLevel;    // verbosity; 0 is quiet; negative when the provisioning file says so
+extern int g_i_UptimeCutoff;  // seconds of uptime below which the error checks do nothing
+extern char* g_cp_ProgramName;  // last element of argv[0]
+extern char* g_cp_PidFile;      // /var/run/<program>.pid
+extern char g_c_PortPath[80];   // serial device; no zero byte behind a path of 80 characters
+
+// --- The serial port -----------------------------------------------------------------------------
+extern int g_i_PortFd;            // meaningful only after a successful open
+extern int g_i_PortOpenFailures;  // consecutive failed opens; non-zero: the port is not usable
+extern int g_i_PortErrorCounter;  // consecutive failed command writes
+extern bool g_b_CsqQueryForm;     // false: AT+CSQ, true: AT+CSQ?; flipped by an ERROR answer
+extern const char g_c_CR;
+extern const char g_c_LF;
+
+// --- Modem status --------------------------------------------------------------------------------
+extern int g_i_CregPollPeriod;     // seconds between registration checks, 5 or 30
+extern int g_i_FirstHealthReport;  // 1 until the model query has seen an MC7700
+
+// --- Data connection -----------------------------------------------------------------------------
+extern int g_i_LteConnectAttempts;  // restarts since the data call was last found connected
+extern int g_i_TxCheckFailures;     // consecutive failed TX-byte checks
+
+// What the two configuration files say.
+struct PppConfig {
+    bool provisioning_changed = false;  // a changed provisioning file was read; nothing reads this
+    bool time_sync_enabled = false;     // SYNC_TIME
+    std::string apn;                    // CM_APN; empty: nothing to provision
+    bool interface_enabled = false;     // CM_ENABLE_INTERFACE; false keeps the data call down
+    bool default_route = false;         // CM_DEFAULTROUTE; false: udhcpc leaves the route alone
+};
+extern PppConfig g_S_PppConfig;
+
+// --- SMS gateway ---------------------------------------------------------------------------------
+extern std::deque<SmsMessage>* g_Cp_SmsQueue;  // received, not yet written out
+extern int g_i_SmsSendAttempts;                // consecutive failed sends, one count for all files
+extern bool g_b_SmsCmgfSupported;              // the modem accepted text mode
+
+// --- Handles created at start-up and kept for the whole run --------------------------------------
+extern cKVTLogger* g_Cp_Logger;
+extern cCountdownTimer* g_Cp_TowerTimeTimer;
+extern cCountdownTimer* g_Cp_LteCheckTimer;
+extern cCountdownTimer* g_Cp_PingTimer;
+extern cCountdownTimer* g_Cp_IdentityTimer;
+extern cCountdownTimer* g_Cp_NoServiceTimer;
+extern cCountdownTimer* g_Cp_SmsTimer;
+extern cCountdownTimer* g_Cp_DelaySendSMSTimer;
+extern cCountdownTimer* g_Cp_SmsCleanupTimer;
+extern cCountdownTimer* g_Cp_CregTimer;
+
+// --- Set by the signal handlers, never cleared ---------------------------------------------------
+extern volatile std::sig_atomic_t g_b_GotSigInt;
+extern volatile std::sig_atomic_t g_b_GotSigTerm;
+extern volatile std::sig_atomic_t g_b_GotSigHup;
+
+// The two Novatel cards: an LTE modem with the network interface wwan0 and a QMI data call.
+inline bool IsLteCard() {
+    return g_i_CardType == kCardNovatelE362 || g_i_CardType == kCardNovatelE371;
+}

@@ -1,0 +1,67 @@
+#include "core/shutdown.h"
+
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+
+#include "connection/dhcp_client.h"
+#include "core/settings.h"
+#include "modem/at_channel.h"
+#include "modem/reset_device.h"
+#include "support/shell.h"
+#include "support/system_log.h"
+
+namespace {
+
+void OnSigInt(int) {
+    g_b_GotSigInt = 1;
+}
+
+void OnSigHup(int) {
+    g_b_GotSigHup = 1;
+}
+
+void OnSigTerm(int) {
+    g_b_GotSigTerm = 1;
+}
+
+void TakeLinkDown() {
+    StopUdhcpc(kReleaseLease);
+    StopUdhcpc(kTerminate);
+    SendCommandType(kSendDataCallDisconnect);
+    ResetLeaseFailCounter();
+    RunShell("ifconfig wwan0 0.0.0.0 down &> /dev/null");
+}
+
+}  // namespace
+
+void InstallSignalHandlers() {
+    std::signal(SIGINT, OnSigInt);
+    std::signal(SIGHUP, OnSigHup);
+    std::signal(SIGTERM, OnSigTerm);
+}
+
+void CheckSignals() {
+    if (g_b_GotSigInt != 0 || g_b_GotSigTerm != 0) {
+        Log("received SIGINT/SIGTERM");
+        CleanupAndExit();
+    }
+    if (g_b_GotSigHup != 0) {
+        Log("recieved SIGHUP, resetting device");
+        ResetDevice();
+        CleanupAndExit();
+    }
+}
+
+void CleanupAndExit() {
+    Log("doing cleanup and exiting");
+    unlink("/var/log/wireless.cardstats");
+    unlink("/var/run/BackendResetControl");
+    // Emptied, not removed: the signal display keeps the lightbar file open.
+    RunShell("/bin/echo -n  > /var/log/lightbar");
+    RunShell("/bin/rm -f /var/log/wireless.*");
+    if (IsLteCard()) TakeLinkDown();
+    Log("exit");
+    std::exit(0);
+}

@@ -1,0 +1,57 @@
+#include "core/single_instance.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "support/file_reader.h"
+#include "support/system_log.h"
+#include "support/text.h"
+
+namespace {
+
+constexpr std::size_t kLongestCommandLine = 255;
+
+bool Exists(const std::string& path) {
+    return access(path.c_str(), F_OK) == 0;
+}
+
+// The first element of /proc/<pid>/cmdline: the program's path as it was started.
+std::string StartedAs(const std::string& cmdline_file) {
+    std::string text;
+    ReadTextFile(cmdline_file, LastCharacter::kAsItIs, text);
+    return text.substr(0, kLongestCommandLine).c_str();
+}
+
+void WritePidFile(const std::string& pid_file) {
+    const int fd =
+        open(pid_file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666);
+    if (fd < 0) return;
+    const std::string pid = Format("%d", static_cast<int>(getpid()));
+    Log("Writing pid %s to pidfile '%s'", pid.c_str(), pid_file.c_str());
+    const ssize_t ignored = write(fd, pid.data(), pid.size());
+    static_cast<void>(ignored);
+    close(fd);
+}
+
+}  // namespace
+
+int ReadStoredPid(const std::string& pid_file) {
+    std::string text;
+    ReadTextFile(pid_file, LastCharacter::kAsItIs, text);
+    return ToInt(text);
+}
+
+bool IsRunningCopy(int pid, const std::string& program_name) {
+    const std::string directory = Format("/proc/%d", pid);
+    return Exists(directory) && Contains(StartedAs(directory + "/cmdline"), program_name);
+}
+
+void EnforceSingleInstance(const std::string& pid_file, const std::string& program_name) {
+    if (Exists(pid_file) && IsRunningCopy(ReadStoredPid(pid_file), program_name)) {
+        Log("Another %s process is already running, exiting", program_name.c_str());
+        std::exit(-1);
+    }
+    WritePidFile(pid_file);
+}

@@ -1,0 +1,155 @@
+#include "core/startup.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "core/command_line.h"
+#include "core/config_files.h"
+#include "core/settings.h"
+#include "core/shutdown.h"
+#include "core/single_instance.h"
+#include "modem/at_channel.h"
+#include "modem/serial_port.h"
+#include "sms/receive.h"
+#include "status/card_statistics.h"
+#include "status/identity.h"
+#include "status/statistics_record.h"
+#include "support/countdown_timer.h"
+#include "support/logger.h"
+#include "support/shell.h"
+#include "support/system_log.h"
+#include "support/text.h"
+
+namespace {
+
+constexpr char kVersion[] = "1.45";
+constexpr char kHostKeyFile[] = "/etc/ssh/ssh_host_dsa_key";
+constexpr int kCutoffWithHostKey = 600;      // seconds of uptime
+constexpr int kCutoffWithoutHostKey = 1800;  // a first boot, still making its keys, takes longer
+constexpr char kLogFile[] = "/var/log/csq";
+constexpr int kLogKilobytes = 50;
+
+struct TimerPeriod {
+    cCountdownTimer** timer;
+    unsigned seconds;
+    bool starts_at_once;
+};
+
+// In the order of their creation; the main loop owns one more, for its status work.
+const TimerPeriod kTimers[] = {
+    {&g_Cp_TowerTimeTimer, 14400, false},
+    {&g_Cp_LteCheckTimer, 30, false},
+    {&g_Cp_PingTimer, 600, false},
+    {&g_Cp_IdentityTimer, 30, false},
+    {&g_Cp_NoServiceTimer, 30, false},
+    {&g_Cp_SmsTimer, 15, true},
+    {&g_Cp_DelaySendSMSTimer, 30, false},
+    {&g_Cp_SmsCleanupTimer, 900, false},
+    {&g_Cp_CregTimer, static_cast<unsigned>(g_i_CregPollPeriod), true},
+};
+
+// A copy that lives as long as the process.
+char* Kept(const std::string& text) {
+    char* copy = strdup(text.c_str());
+    if (copy == nullptr) std::abort();
+    return copy;
+}
+
+void NameProgram(const char* argv0) {
+    const std::string name = ProgramNameOf(argv0 != nullptr ? argv0 : "");
+    g_cp_ProgramName = Kept(name);
+    g_cp_PidFile = Kept(Format("/var/run/%s.pid", name.c_str()));
+}
+
+void ChooseUptimeCutoff() {
+    if (access(kHostKeyFile, F_OK) != 0) {
+        Log("file %s is not present", kHostKeyFile);
+        g_i_UptimeCutoff = kCutoffWithoutHostKey;
+    } else {
+        Log("file %s is present", kHostKeyFile);
+        g_i_UptimeCutoff = kCutoffWithHostKey;
+    }
+    Log("uptime cutoff set to %d seconds", g_i_UptimeCutoff);
+}
+
+void ReadArgumentsOrExit(int argc, const char* const* argv) {
+    const bool have_path = ReadArguments(argc, argv);
+    LogDebug("DEBUG: debug mode %d", g_i_DebugLevel);
+    if (have_path) return;
+    Log("No /dev/device path given, exiting");
+    PrintUsage(g_cp_ProgramName);
+    std::exit(1);
+}
+
+void CreateLoggerAndTimers() {
+    g_Cp_Logger = new cKVTLogger;
+    g_Cp_Logger->Init(kLogFile, kLogKilobytes, 1, nullptr);
+    g_Cp_Logger->SetDebugLevel(0);
+    g_Cp_Logger->SetFoldRepeats(0);
+    for (const TimerPeriod& row : kTimers) {
+        *row.timer = new cCountdownTimer(0, row.seconds);
+        if (row.starts_at_once) (*row.timer)->Start();
+    }
+}
+
+void PrepareDataConnection() {
+    ResetLteStats();
+    g_S_PppConfig.interface_enabled = true;
+    g_S_PppConfig.default_route = true;
+    if (!IsLteCard()) return;
+    if (RunShell("ifconfig wwan0 0.0.0.0 up &> /dev/null") != 0) {
+        Log("Warning: Modem type set to E362/E371, but int %s does not appear to exist.", "wwan0");
+    }
+    g_Cp_PingTimer->Start();
+}
+
+// Each answer is thrown away: this only brings the modem into a known state.
+void SendFirstCommands() {
+    std::vector<char> discarded(kReadSize + 1);
+    SendCommandType(kSendAt);
+    ReadPort(discarded.data(), kReadSize);
+    if (IsLteCard()) {
+        SendAtCommand("ATE0", 0);
+        ReadPort(discarded.data(), kReadSize);
+    }
+    SendAtCommand("AT+CREG=2", 1);
+    ReadPort(discarded.data(), kReadSize);
+}
+
+void LogHeaderLine() {
+    std::string header = "# " + g_S_Globalstats.model + ", " + g_S_Globalstats.serial_number +
+                         ", " + g_S_Globalstats.mdn;
+    g_Cp_Logger->SkipNextTimestamp();
+    g_Cp_Logger->LogIt(header, 0);
+}
+
+}  // namespace
+
+void StartUp(int argc, const char* const* argv) {
+    g_Cp_SmsQueue = new std::deque<SmsMessage>;
+    g_i_SmsSendAttempts = 0;
+    g_i_FirstHealthReport = 1;
+    NameProgram(argc > 0 ? argv[0] : nullptr);
+    Log("v%s starting", kVersion);
+    EnforceSingleInstance(g_cp_PidFile, g_cp_ProgramName);
+    ResetGlobalStats();
+    ChooseUptimeCutoff();
+    ReadArgumentsOrExit(argc, argv);
+
+    CreateLoggerAndTimers();
+    PrepareDataConnection();
+    ReadProvisioningFile();
+    OpenPort();
+    SendFirstCommands();
+    CheckCmgfSupport();
+    g_Cp_IdentityTimer->Start();
+    UpdateCardIdentity();
+    DumpAllCardInfo();
+    LogHeaderLine();
+    InstallSignalHandlers();
+}

@@ -1,0 +1,176 @@
+#include "modem/at_channel.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+#include "core/settings.h"
+#include "support/string_tokenizer.h"
+#include "support/system_log.h"
+#include "support/text.h"
+
+namespace {
+
+constexpr useconds_t kTerminatorPause = 20000;  // microseconds before and between CR and LF
+constexpr useconds_t kAnswerPause = 50000;      // microseconds between two reads of an answer
+constexpr unsigned kCannedCommandPause = 1;     // seconds
+
+// A modem that talks without end must not hold the one thread for ever, nor fill the memory.
+// The longest honest answer, the operator list, is a fourth of this.
+constexpr std::size_t kLongestAnswer = 4 * static_cast<std::size_t>(kReadSize);
+
+std::string HexDump(const char* data, int length) {
+    std::string text;
+    for (int i = 0; i < length; ++i) {
+        text += Format("%2.2x ", static_cast<unsigned>(static_cast<unsigned char>(data[i])));
+    }
+    return text;
+}
+
+void DumpRead(const char* buffer, int length) {
+    if (!IsAbove(3)) return;
+    if (length <= 0) {
+        Log("read No Data");
+        return;
+    }
+    Log("Clear Response: %s", buffer);
+    Log("Raw Response: %s", HexDump(buffer, length).c_str());
+}
+
+const char* CannedCommand(int type) {
+    switch (type) {
+        case kSendSignalQuery:
+            return g_b_CsqQueryForm ? "AT+CSQ?" : "AT+CSQ";
+        case kSendIndicatorQuery:
+            return "AT+CIND?";
+        case kSendDataCallConnect:
+            return "AT$NWQMICONNECT=,,";
+        case kSendDataCallDisconnect:
+            return "AT$NWQMIDISCONNECT";
+        default:
+            return "AT";
+    }
+}
+
+// The result is of no use: the command before it has already shown whether the port takes writes.
+void WriteByte(const char& byte) {
+    const ssize_t ignored = write(g_i_PortFd, &byte, 1);
+    static_cast<void>(ignored);
+}
+
+char* CutAtLineEnd(char* line) {
+    line[std::strcspn(line, "\r\n")] = '\0';
+    LogDebug("IdentifyMessage: %s", line);
+    return line;
+}
+
+}  // namespace
+
+int ReadPort(char* buffer, int size) {
+    std::memset(buffer, 0, static_cast<std::size_t>(size));
+    int waiting = 0;
+    if (ioctl(g_i_PortFd, FIONREAD, &waiting) < 0) {
+        LogAbove(1, "No Response from device");
+        return 0;
+    }
+    if (waiting == 0) return 0;
+    const auto count = static_cast<int>(read(g_i_PortFd, buffer, static_cast<std::size_t>(size)));
+    DumpRead(buffer, count);
+    return count;
+}
+
+void SendCommandType(int type) {
+    char command[80] = {};
+    std::snprintf(command, sizeof(command), "%s", CannedCommand(type));
+    LogDebug("Sending command: %s", command);
+
+    // All 80 bytes, zeros included: deliberate, the modems in the field are used to them.
+    if (write(g_i_PortFd, command, sizeof(command)) < 0) {
+        LogDebug("Unable to write command type %d", type);
+        ++g_i_PortErrorCounter;
+        return;
+    }
+    usleep(kTerminatorPause);
+    WriteByte(g_c_CR);
+    usleep(kTerminatorPause);
+    WriteByte(g_c_LF);
+    sleep(kCannedCommandPause);
+    g_i_PortErrorCounter = 0;
+}
+
+std::string ReadUnsolicited() {
+    std::vector<char> buffer(kReadSize + 1);
+    if (ReadPort(buffer.data(), kReadSize) <= 0) return "";
+    std::string text = buffer.data();
+    if (IsDebug()) {
+        for (const std::string& piece : cStringTokenizer(text, '\n')) {
+            if (piece.size() > 3) Log("Unsolicited message: %s", piece.c_str());
+        }
+    }
+    return text;
+}
+
+std::string SendAtCommand(const std::string& command, unsigned wait_seconds) {
+    static char buffer[kReadSize + 1];
+    std::string result = ReadUnsolicited();
+    LogDebug("Sending command: %s", command.c_str());
+    if (write(g_i_PortFd, command.data(), command.size()) < 0) {
+        LogDebug("Unable to write to file handle");
+        ++g_i_PortErrorCounter;
+        return result;
+    }
+    usleep(kTerminatorPause);
+    WriteByte(g_c_CR);
+    WriteByte(g_c_LF);
+    g_i_PortErrorCounter = 0;
+    usleep(kAnswerPause);
+    sleep(wait_seconds);
+
+    int count = ReadPort(buffer, kReadSize);
+    while (count > 0) {
+        result += buffer;
+        LogDebug("read %d bytes from port", count);
+        if (result.size() > kLongestAnswer) break;
+        usleep(kAnswerPause);
+        count = ReadPort(buffer, kReadSize);
+    }
+    LogAbove(1, "DEBUG: returning string class : %s", result.c_str());
+    return result;
+}
+
+void MassageBlock(char* block, int length) {
+    for (int i = 0; i < length; ++i) {
+        const auto byte = static_cast<unsigned char>(block[i]);
+        if (byte <= 9 || byte > 126) block[i] = ' ';
+    }
+    if (IsAbove(1)) Log("Massaged packet : %s", HexDump(block, length).c_str());
+}
+
+int IdentifyMessage(const char* block, int length, char** line) {
+    // The room behind a full block is for the CIND converter, which rewrites the line in place and
+    // may need more characters than were left of it.
+    static char copy[kReadSize + 64];
+    std::memset(copy, 0, sizeof(copy));
+    std::memcpy(copy, block, static_cast<std::size_t>(std::clamp(length, 0, kReadSize)));
+
+    if (char* signal = std::strstr(copy, "+CSQ:")) {
+        *line = CutAtLineEnd(signal);
+        return kSignalLine;
+    }
+    if (char* indicators = std::strstr(copy, "+CIND:")) {
+        *line = CutAtLineEnd(indicators);
+        return kIndicatorLine;
+    }
+    if (std::strstr(copy, "ERROR") != nullptr) {
+        g_b_CsqQueryForm = !g_b_CsqQueryForm;
+        LogDebug("AT command gave an error, switching CSQ modes to %s",
+                 g_b_CsqQueryForm ? "AT+CSQ?" : "AT+CSQ");
+        return kNothingUsable;
+    }
+    LogDebug("unknown message command response");
+    return kNothingUsable;
+}

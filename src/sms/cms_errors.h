@@ -1,0 +1,7 @@
+#pragma once
+
+#include <string>
+
+// "CMS error #330: SMSC (message service center) address unknown". Codes outside the table, and
+// outside 0 to 512, are an "Undocumented error".
+std::string CmsErrorText(int code);

@@ -1,0 +1,146 @@
+#include "sms/spool.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "core/settings.h"
+#include "support/countdown_timer.h"
+#include "support/file_reader.h"
+#include "support/info_table.h"
+#include "support/shell.h"
+#include "support/system_log.h"
+#include "support/text.h"
+
+namespace {
+
+constexpr long kMostSeconds = 86400;  // a file's life in the spool
+constexpr int kMostMinutes = 1440;    // the same, as the log shows it
+constexpr char kToLabel[] = "TO";
+constexpr char kMessageLabel[] = "MSG=";
+
+void LogInvalid(const std::string& path, const char* field) {
+    Log("SMS send file %s is invalid, does not contain a '%s' field.", path.c_str(), field);
+}
+
+bool IsForeignLink(const std::string& path) {
+    struct stat status = {};
+    if (lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) return false;
+    return status.st_uid != 0 && status.st_uid != geteuid();
+}
+
+// At any debug level but 0 the timer is not asked, deliberately: whoever looks for a fault sees
+// every run.
+bool CleanupMustWait() {
+    return g_Cp_SmsCleanupTimer->IsCounting() && g_i_DebugLevel == 0;
+}
+
+long NowInSeconds() {
+    timeval now = {};
+    gettimeofday(&now, nullptr);
+    return now.tv_sec;
+}
+
+// A file whose status cannot be read, a dangling link for one, counts as changed in 1970.
+long SecondsSinceChange(const std::string& path, long now) {
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0) return now;
+    return now - status.st_ctime;
+}
+
+}  // namespace
+
+bool IsSafeSpoolPath(const std::string& directory) {
+    constexpr std::size_t kBehindTmp = sizeof("/tmp/") - 1;
+    for (auto slash = directory.find('/', kBehindTmp); slash != std::string::npos;
+         slash = directory.find('/', slash + 1)) {
+        const std::string element = directory.substr(0, slash);
+        if (!IsForeignLink(element)) continue;
+        Log("SMS directory %s is a link that somebody else made, not using it", element.c_str());
+        return false;
+    }
+    return true;
+}
+
+void MakeSpoolDirectories(const std::string& directories) {
+    RunShell("mkdir -p " + directories);
+}
+
+int ReadSmsDirectory(const std::string& directory, std::vector<std::string>& names) {
+    errno = ELOOP;
+    DIR* stream = IsSafeSpoolPath(directory) ? opendir(directory.c_str()) : nullptr;
+    if (stream == nullptr) {
+        const int error = errno;
+        LogAbove(0, "DEBUG: Error opening SMS read directory %s, errno %d", directory.c_str(),
+                 error);
+        return error;
+    }
+    while (const dirent* entry = readdir(stream)) {
+        const std::string name = entry->d_name;
+        if (name != "." && name != "..") names.push_back(name);
+    }
+    closedir(stream);
+    return 0;
+}
+
+bool ReadSmsSendFile(const std::string& path, std::string& to, std::string& message) {
+    std::string text;
+    if (!ReadTextFile(path, LastCharacter::kDoubled, text)) {
+        Log("Cannot open SMS file %s", path.c_str());
+        return false;
+    }
+    const cInfoTable table(path, '=');
+    if (table.HasLabel(kToLabel)) {
+        to = table.GetValue(kToLabel);
+        CleanWhiteSpace(to);
+    } else {
+        LogInvalid(path, kToLabel);
+    }
+    // The missing number takes no part in the result, deliberately: the message goes out to an
+    // empty number, the modem rejects it, and the file ends in send_fail, where it is noticed.
+    const auto found = text.find(kMessageLabel);
+    if (found == std::string::npos) {
+        LogInvalid(path, kMessageLabel);
+        return false;
+    }
+    message = text.substr(found + sizeof(kMessageLabel) - 1);
+    return true;
+}
+
+void DeleteOldSmSFiles(const std::string& directory) {
+    LogAbove(0, "DEBUG: %s(%s): running", __func__, directory.c_str());
+    MakeSpoolDirectories(directory);
+    std::vector<std::string> names;
+    const int error = ReadSmsDirectory(directory, names);
+    if (error != 0) {
+        LogAbove(0, "DEBUG: %s():  Cannot read dir %s, errno %d", __func__, directory.c_str(),
+                 error);
+        return;
+    }
+    const long now = NowInSeconds();
+    for (const std::string& name : names) {
+        const std::string path = directory + name;
+        const long age = SecondsSinceChange(path, now);
+        LogAbove(0, "DEBUG: %s(): Checking age of SMS file %s, %d/%d seconds", __func__,
+                 name.c_str(), static_cast<int>(age), static_cast<int>(kMostSeconds));
+        if (age <= kMostSeconds) continue;
+        Log("Deleting SMS file '%s', older than %d minutes.", path.c_str(), kMostMinutes);
+        unlink(path.c_str());
+    }
+}
+
+void DeleteOldSendSmSFiles() {
+    if (CleanupMustWait()) return;
+    LogAbove(0, "DEBUG: %s running", __func__);
+    DeleteOldSmSFiles(kSmsSendDirectory);
+    DeleteOldSmSFiles(kSmsFailDirectory);
+}
+
+void DeleteOldRecvSmSFiles() {
+    if (CleanupMustWait()) return;
+    LogAbove(0, "DEBUG: %s running", __func__);
+    DeleteOldSmSFiles(kSmsReceiveDirectory);
+}

@@ -1,0 +1,37 @@
+// The three spool directories that the daemon shares with other programs: what is in them, how
+// the files look, and when they are thrown away.
+//
+// Anybody may write below /tmp: a spool directory that is reached through somebody else's link is
+// refused, and counts as one that cannot be listed.
+#pragma once
+
+#include <string>
+#include <vector>
+
+constexpr char kSmsSendDirectory[] = "/tmp/sms/send/";
+constexpr char kSmsFailDirectory[] = "/tmp/sms/send_fail/";
+constexpr char kSmsReceiveDirectory[] = "/tmp/sms/recv/";
+
+// True unless an element of the path below /tmp is a link that belongs neither to root nor to the
+// daemon's own user; such a link is logged. A path that does not exist is safe.
+bool IsSafeSpoolPath(const std::string& directory);
+
+// Runs mkdir -p for one directory or several, separated by blanks.
+void MakeSpoolDirectories(const std::string& directories);
+
+// Appends every entry but "." and "..", of whatever type, in the order the system returns them.
+// Returns 0, or the errno of the directory that cannot be opened.
+int ReadSmsDirectory(const std::string& directory, std::vector<std::string>& names);
+
+// Fills number and message from a send file: the TO entry without white space, and all that stands
+// behind the first "MSG=", with its last character doubled. True when there is a "MSG="; a missing
+// TO is logged, leaves `to` as it was and still counts as usable.
+bool ReadSmsSendFile(const std::string& path, std::string& to, std::string& message);
+
+// Deletes what has not changed its status for more than a day. Both do nothing while
+// g_Cp_SmsCleanupTimer is counting, unless the debug level is not zero.
+void DeleteOldSendSmSFiles();  // send, then send_fail
+void DeleteOldRecvSmSFiles();  // recv
+
+// The same for one directory, without asking the timer. The path ends with a slash.
+void DeleteOldSmSFiles(const std::string& directory);

@@ -1,0 +1,197 @@
+#include "status/health_report.h"
+
+#include <string>
+
+#include "core/settings.h"
+#include "modem/at_channel.h"
+#include "modem/response_fields.h"
+#include "status/statistics_record.h"
+#include "support/string_tokenizer.h"
+#include "support/system_log.h"
+#include "support/text.h"
+
+namespace {
+
+using S = GlobalStats;
+
+// Emptied before either command; the fields that other queries fill, too, are not among them.
+constexpr StatsText kResetFields[] = {
+    &S::poweron_time,
+    &S::bootup_time,
+    &S::system_mode,
+    &S::temperature,
+    &S::mode,
+    &S::ps_state,
+    &S::wcdma_band,
+    &S::wcdma_channel,
+    &S::gsm_band,
+    &S::gsm_channel,
+    &S::gmm_ps_state,
+    &S::mm_cs_state,
+    &S::rrc_state,
+    &S::rx_level,
+    &S::wcdma_l1_state,
+    &S::rx_level_c0,
+    &S::rx_level_c1,
+    &S::gprs_state,
+    &S::lte_band,
+    &S::lte_bandwidth,
+    &S::lte_rx_channel,
+    &S::lte_tx_channel,
+    &S::lte_tracking_area_code,
+};
+
+enum class When { kAlways, kOnLte, kNotOnLte, kOtherModels, kMc7700 };
+
+enum class Shape {
+    kPair,         // two labels, two values
+    kPairOrFirst,  // the same; when the first field is still empty, its label alone will do
+    kSingle,       // one label, the rest of the line
+    kJoined,       // label and tab: one field of "first value:second value"
+};
+
+using Cleaner = void (*)(std::string&);
+
+// One or two items of a line of the status page.
+struct StatusLabel {
+    When when;
+    Shape shape;
+    const char* label;
+    StatsText field;
+    Cleaner clean;
+    const char* second_label = nullptr;
+    StatsText second_field = nullptr;
+    Cleaner second_clean = nullptr;
+};
+
+constexpr Cleaner kClean = CleanWhiteSpace;
+
+// Each line of the page is tried against every row, in this order.
+constexpr StatusLabel kStatusLabels[] = {
+    {When::kAlways, Shape::kPair, "Current Time:", &S::poweron_time, kClean,
+     "Temperature:", &S::temperature, kClean},
+    {When::kAlways, Shape::kPair, "Bootup Time:", &S::bootup_time, kClean, "Mode:", &S::mode,
+     kClean},
+    {When::kAlways, Shape::kPair, "System mode:", &S::system_mode, kClean,
+     "PS state:", &S::ps_state, kClean},
+    {When::kOnLte, Shape::kPair, "LTE band:", &S::lte_band, kClean, "LTE bw:", &S::lte_bandwidth,
+     kClean},
+    {When::kOnLte, Shape::kPair, "LTE Rx chan:", &S::lte_rx_channel, kClean,
+     "LTE Tx chan:", &S::lte_tx_channel, kClean},
+    {When::kOnLte, Shape::kSingle, "RSSI (dBm):", &S::rssi, kClean},
+    {When::kOnLte, Shape::kPair, "RSRP (dBm):", &S::lte_rsrp, kClean,
+     "TAC:", &S::lte_tracking_area_code, Trim},
+    {When::kOnLte, Shape::kPair, "RSRQ (dB):", &S::lte_rsrq, kClean, "Cell ID:", &S::serving_cell,
+     Trim},
+    {When::kNotOnLte, Shape::kPairOrFirst, "WCDMA band:", &S::wcdma_band, kClean,
+     "GSM band:", &S::gsm_band, kClean},
+    {When::kNotOnLte, Shape::kPairOrFirst, "WCDMA channel:", &S::wcdma_channel, kClean,
+     "GSM channel:", &S::gsm_channel, kClean},
+    {When::kAlways, Shape::kJoined, "GMM (PS) state:", &S::gmm_ps_state, kClean},
+    {When::kAlways, Shape::kJoined, "MM (CS) state:", &S::mm_cs_state, kClean},
+    {When::kAlways, Shape::kPair, "WCDMA L1 State:", &S::wcdma_l1_state, kClean,
+     "RRC State:", &S::rrc_state, kClean},
+    {When::kOtherModels, Shape::kSingle, "Serving Cell:", &S::serving_cell, kClean},
+    {When::kOtherModels, Shape::kSingle, "RX level (dBm):", &S::rx_level, kClean},
+    {When::kMc7700, Shape::kPair, "RX level C0:", &S::rx_level_c0, kClean,
+     "LAC:", &S::location_area_code, Trim},
+    {When::kMc7700, Shape::kPair, "RX level C1:", &S::rx_level_c1, kClean,
+     "Cell ID:", &S::serving_cell, Trim},
+    {When::kAlways, Shape::kSingle, "GPRS State:", &S::gprs_state, Trim},
+};
+
+// The system mode counts as it stands at this moment: set by an earlier line of the page, by this
+// line, or left over from another query. Deliberate.
+bool Applies(When when) {
+    switch (when) {
+        case When::kAlways:
+            return true;
+        case When::kOnLte:
+            return g_S_Globalstats.system_mode == "LTE";
+        case When::kNotOnLte:
+            return g_S_Globalstats.system_mode != "LTE";
+        case When::kOtherModels:
+            return g_i_FirstHealthReport != 0;
+        case When::kMc7700:
+            return g_i_FirstHealthReport == 0;
+    }
+    return false;
+}
+
+void Store(StatsText field, Cleaner clean, std::string value) {
+    clean(value);
+    g_S_Globalstats.*field = value;
+}
+
+void TakePair(const std::string& line, const StatusLabel& row) {
+    std::string first;
+    std::string second;
+    if (ExtractAroundNeedles(line, row.label, row.second_label, first, second) == 0) return;
+    Store(row.field, row.clean, first);
+    Store(row.second_field, row.second_clean, second);
+}
+
+void TakeSingle(const std::string& line, const StatusLabel& row) {
+    std::string value;
+    if (ExtractAfterNeedle(line, row.label, value) == 1) Store(row.field, row.clean, value);
+}
+
+// The second value is kept exactly as it stands, line end included: deliberate.
+void TakeJoined(const std::string& line, const StatusLabel& row) {
+    std::string first;
+    std::string second;
+    if (ExtractAroundNeedles(line, row.label, "\t", first, second) == 0) return;
+    row.clean(first);
+    g_S_Globalstats.*row.field = first + ":" + second;
+}
+
+void TakeStatusLabel(const std::string& line, const StatusLabel& row) {
+    switch (row.shape) {
+        case Shape::kPair:
+            return TakePair(line, row);
+        case Shape::kPairOrFirst:
+            TakePair(line, row);
+            if ((g_S_Globalstats.*row.field).empty()) TakeSingle(line, row);
+            return;
+        case Shape::kSingle:
+            return TakeSingle(line, row);
+        case Shape::kJoined:
+            return TakeJoined(line, row);
+    }
+}
+
+void Reset() {
+    for (const StatsText field : kResetFields)
+        (g_S_Globalstats.*field).clear();
+}
+
+void QueryTemperature() {
+    constexpr char kLabel[] = "+TEMP:";
+    Reset();
+    for (const std::string& line : cStringTokenizer(SendAtCommand("AT+TEMP", 0), '\n')) {
+        LogAbove(1, "DEBUG: checking line : %s", line.c_str());
+        const auto found = line.find(kLabel);
+        if (found == std::string::npos) continue;
+        LogAbove(1, "DEBUG: line looks like %s", kLabel);
+        Store(&S::temperature, Trim, line.substr(found + sizeof(kLabel) - 1));
+    }
+}
+
+void QueryStatusPage() {
+    Reset();
+    for (const std::string& line : cStringTokenizer(SendAtCommand("at!gstatus?", 0), '\n')) {
+        for (const StatusLabel& row : kStatusLabels) {
+            if (Applies(row.when)) TakeStatusLabel(line, row);
+        }
+    }
+}
+
+}  // namespace
+
+void QueryHealthReport() {
+    if (IsLteCard()) {
+        QueryTemperature();
+    } else if (g_i_CardType == kCardSierra881) {
+        QueryStatusPage();
+    }
+}

@@ -1,0 +1,116 @@
+#include "status/registration.h"
+
+#include <cstdio>
+#include <string>
+
+#include "core/settings.h"
+#include "modem/at_channel.h"
+#include "status/statistics_record.h"
+#include "support/countdown_timer.h"
+#include "support/string_tokenizer.h"
+#include "support/system_log.h"
+#include "support/text.h"
+#include "support/text_file_writer.h"
+
+namespace {
+
+constexpr char kActivationStatusFile[] = "/var/log/wirelessactivation_status";
+constexpr int kSearchingPeriod = 5;    // seconds
+constexpr int kRegisteredPeriod = 30;  // seconds
+
+struct RegistrationText {
+    const char* full;
+    const char* abbreviated;
+    int poll_period;
+};
+
+// Indexed by the status number. The lower-case "registered" of row 2 is what the web page shows.
+constexpr RegistrationText kRegistrationTexts[] = {
+    {"Not Registered, Not Searching", "Not Reg", kSearchingPeriod},
+    {"Registered, Home Network", "Reg Home", kRegisteredPeriod},
+    {"Not registered, Searching", "Searching", kSearchingPeriod},
+    {"Registration Denied", "Reg Denied", kSearchingPeriod},
+    {"Status Unknown", "Unkn Stat", kSearchingPeriod},
+    {"Registered, Roaming", "Reg Roam", kRegisteredPeriod},
+};
+constexpr int kKnownStatuses = sizeof(kRegistrationTexts) / sizeof(kRegistrationTexts[0]);
+
+// What a scan does not fill keeps the value of the line before it.
+struct Registration {
+    int mode = 0;
+    int status = 0;
+};
+
+bool CardReportsRegistration() {
+    return g_i_CardType == kCardSierra881 || g_i_CardType == kCardSierraUsb305 || IsLteCard();
+}
+
+// The second scan counts again from the start, and its result replaces the first. Deliberate, like
+// the test for more matches than it has room for: the log lines show this count.
+int ScanWithCell(const std::string& line, Registration& registration) {
+    unsigned area = 0;
+    unsigned cell = 0;
+    const int matches = std::sscanf(line.c_str(), "+CREG: %d,%d,%X,%X,%*d", &registration.mode,
+                                    &registration.status, &area, &cell);
+    if (matches > 4) {
+        g_S_Globalstats.location_area_code.clear();
+        g_S_Globalstats.serving_cell.clear();
+    } else {
+        g_S_Globalstats.location_area_code = Format("%X", area);
+        g_S_Globalstats.serving_cell = Format("%X (%d)", cell, static_cast<int>(cell));
+    }
+    return matches;
+}
+
+int ScanSierra(std::string line, Registration& registration) {
+    RemoveChar(line, '"');
+    LogAbove(1, "DEBUG: Checking line: %s", line.c_str());
+    const int matches =
+        std::sscanf(line.c_str(), "+CREG: %d,%d", &registration.mode, &registration.status);
+    return registration.mode == 2 ? ScanWithCell(line, registration) : matches;
+}
+
+int ScanNovatel(const std::string& line, Registration& registration) {
+    return std::sscanf(line.c_str(), "+CEREG: %d,%d", &registration.mode, &registration.status);
+}
+
+int ReadStatus(const std::string& response) {
+    Registration registration;
+    for (const std::string& line : cStringTokenizer(response, '\n')) {
+        const int matches =
+            IsLteCard() ? ScanNovatel(line, registration) : ScanSierra(line, registration);
+        LogDebug("DEBUG: Got num matches %d", matches);
+        if (matches <= 1) continue;
+        LogDebug("DEBUG: Got Registration mode: %d, Registration status: %d", registration.mode,
+                 registration.status);
+        g_S_Globalstats.registration_status = registration.status;
+        break;
+    }
+    return registration.status;
+}
+
+void TakeStatus(int status) {
+    RegistrationText text = {"Unknown", "Unknown", kSearchingPeriod};
+    if (status >= 0 && status < kKnownStatuses) {
+        text = kRegistrationTexts[status];
+    } else {
+        Log("got %d value for registration_status", status);
+    }
+    g_S_Globalstats.creg = text.full;
+    g_S_Globalstats.creg_abr = text.abbreviated;
+    g_i_CregPollPeriod = text.poll_period;
+}
+
+}  // namespace
+
+void CheckRegistration() {
+    if (!CardReportsRegistration()) return;
+    TakeStatus(ReadStatus(SendAtCommand(IsLteCard() ? "AT+CEREG?" : "AT+CREG?", 0)));
+
+    cTextFileWriter activation(kActivationStatusFile);
+    activation.AddLine(g_S_Globalstats.creg_abr);
+    activation.WriteFile();
+
+    g_Cp_CregTimer->SetPeriod(static_cast<unsigned>(g_i_CregPollPeriod));
+    g_Cp_CregTimer->Start();
+}

@@ -1,0 +1,92 @@
+#include "status/system_info.h"
+
+#include <string>
+
+#include "core/settings.h"
+#include "modem/at_channel.h"
+#include "status/statistics_record.h"
+#include "support/string_tokenizer.h"
+#include "support/system_log.h"
+#include "support/text.h"
+
+namespace {
+
+constexpr unsigned kSysinfoFields = 5;
+
+struct NumberText {
+    int number;
+    const char* text;
+};
+
+constexpr NumberText kServiceStatuses[] = {{0, "No Service"},
+                                           {1, "Limited Service"},
+                                           {2, "Service"},
+                                           {3, "Limited Regional Service"},
+                                           {4, "Power Save Mode"}};
+constexpr NumberText kServiceDomains[] = {{0, "No Service"},
+                                          {1, "Circuit Switched Service Only"},
+                                          {2, "Packet Switched Service Only"},
+                                          {3, "Circuit and Packet Switched Service"}};
+// "No Serivce" is spelled so: the web page looks for it.
+constexpr NumberText kSystemModes[] = {{0, "No Serivce"}, {3, "GSM/GPRS Mode"}, {5, "WCDMA Mode"}};
+constexpr NumberText kSimStates[] = {
+    {0, "Not Available"}, {1, "Available"}, {255, "Not Present / PIN Locked"}};
+
+// A number without a text of its own leaves the field as it is.
+template <std::size_t N>
+void Describe(const NumberText (&texts)[N], int number, std::string& field) {
+    for (const NumberText& row : texts) {
+        if (row.number == number) field = row.text;
+    }
+}
+
+void QuerySimReady() {
+    constexpr char kReady[] = "COMPLETED";
+    const cStringTokenizer lines(SendAtCommand("at$qcsimstat?", 1), '\n');
+    LogAbove(1, "DEBUG: token count is : %d", static_cast<int>(lines.GetTokenCount()));
+    for (const std::string& line : lines) {
+        LogAbove(1, "DEBUG: checking line : %s", line.c_str());
+        if (!Contains(line, kReady)) continue;
+        LogAbove(1, "DEBUG: line looks like %s, cleaning white space", kReady);
+        g_S_Globalstats.sim_ready = true;
+        return;
+    }
+}
+
+void LogTokenCount(const cStringTokenizer& tokens) {
+    LogAbove(1, "DEBUG: GetSysinfo() first token count is : %d",
+             static_cast<int>(tokens.GetTokenCount()));
+}
+
+void QuerySysinfo() {
+    const cStringTokenizer parts(SendAtCommand("at^sysinfo", 0), ':');
+    LogTokenCount(parts);
+    if (parts.GetTokenCount() != 2) return;
+    const cStringTokenizer fields(parts[1], ',');
+    LogTokenCount(fields);
+    if (fields.GetTokenCount() < kSysinfoFields) return;
+
+    Describe(kServiceStatuses, ToInt(fields[0]), g_S_Globalstats.service_status);
+    Describe(kServiceDomains, ToInt(fields[1]), g_S_Globalstats.service_domain);
+    // Compared with the character codes of "0" and "1": deliberate. The web page shows roaming
+    // from the registration, and this field has always stayed 0.
+    const int roaming = ToInt(fields[2]);
+    if (roaming == 48) g_S_Globalstats.roaming = 0;
+    if (roaming == 49) g_S_Globalstats.roaming = 1;
+    Describe(kSystemModes, ToInt(fields[3]), g_S_Globalstats.system_mode);
+    Describe(kSimStates, ToInt(fields[4]), g_S_Globalstats.sim_status);
+}
+
+}  // namespace
+
+void GetSysinfo() {
+    g_S_Globalstats.service_status = "Unknown";
+    g_S_Globalstats.service_domain = "Unknown";
+    g_S_Globalstats.sim_status = "Unknown";
+    g_S_Globalstats.roaming = 0;
+    if (IsLteCard()) {
+        QuerySimReady();
+    } else if (g_i_CardType == kCardSierra881 || g_i_CardType == kCardSierraUsb305) {
+        QuerySysinfo();
+    }
+}

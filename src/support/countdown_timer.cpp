@@ -1,0 +1,75 @@
+#include "support/countdown_timer.h"
+
+#include <sys/time.h>
+
+#include <cstdio>
+
+cCountdownTimer::cCountdownTimer() : cCountdownTimer(0, 1) {}
+
+cCountdownTimer::cCountdownTimer(int count)
+    : cCountdownTimer(0, static_cast<std::uint32_t>(count)) {}
+
+cCountdownTimer::cCountdownTimer(bool milliseconds) : cCountdownTimer(milliseconds ? 1 : 0, 1) {}
+
+cCountdownTimer::cCountdownTimer(int milliseconds_flag, std::uint32_t count)
+    : unit_(milliseconds_flag == 1 ? 1 : 1000) {
+    SetPeriod(count);
+}
+
+void cCountdownTimer::SetPeriod(std::uint32_t count) {
+    period_ = count * unit_;
+}
+
+void cCountdownTimer::Start() {
+    running_ = true;
+    start_ = ReadClock();
+}
+
+void cCountdownTimer::Stop() {
+    running_ = false;
+}
+
+bool cCountdownTimer::HasExpired() {
+    return running_ && ElapsedMilliseconds() >= period_;
+}
+
+bool cCountdownTimer::IsCounting() {
+    return running_ && !HasExpired();
+}
+
+std::uint32_t cCountdownTimer::GetElapsed() {
+    return running_ ? ElapsedMilliseconds() / unit_ : 0;
+}
+
+const char* cCountdownTimer::FormatElapsed() {
+    const std::uint32_t elapsed = GetElapsed();
+    const long s = unit_ == 1 ? elapsed / 1000 : elapsed;
+    const long days = s / 86400;
+    const long hours = s / 3600 - days * 24;
+    const long minutes = (s / 60) % 60;
+    if (days != 0) {
+        std::snprintf(text_, sizeof(text_), " %ld Days, %2.2ld:%2.2ld:%2.2ld ", days, hours,
+                      minutes, s % 60);
+    } else {
+        std::snprintf(text_, sizeof(text_), " %2.2ld:%2.2ld:%2.2ld ", hours, minutes, s % 60);
+    }
+    return text_;
+}
+
+cCountdownTimer::WallTime cCountdownTimer::ReadClock() {
+    timeval now = {};
+    while (gettimeofday(&now, nullptr) < 0) {
+    }
+    return {static_cast<std::int32_t>(now.tv_sec), static_cast<std::int32_t>(now.tv_usec / 1000)};
+}
+
+// Unsigned 32-bit on purpose: a clock set back gives a huge number, so the timer reports expired
+// instead of waiting for the old time to come round again.
+std::uint32_t cCountdownTimer::ElapsedMilliseconds() {
+    now_ = ReadClock();
+    const auto seconds =
+        static_cast<std::uint32_t>(now_.seconds) - static_cast<std::uint32_t>(start_.seconds);
+    const auto milliseconds = static_cast<std::uint32_t>(now_.milliseconds) -
+                              static_cast<std::uint32_t>(start_.milliseconds);
+    return seconds * 1000U + milliseconds;
+}

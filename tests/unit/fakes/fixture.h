@@ -1,0 +1,30 @@
+// The base of every unit test that needs the daemon's globals.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "fakes/fake_world.h"
+
+namespace fake {
+
+class DaemonTest : public ::testing::Test {
+  protected:
+    DaemonTest();
+    ~DaemonTest() override;
+
+    // Puts `text` into the test's own folder and returns the path.
+    std::string WriteTemp(const std::string& name, const std::string& text);
+    static std::string ReadAll(const std::string& path);
+    // The test's own folder, removed with the test.
+    const std::string& Folder() const { return folder_; }
+    // Makes the port fail: every write, FIONREAD and read from now on.
+    static void BreakPort();
+
+    World world;
+
+  private:
+    std::string folder_;
+    int modem_end_ = -1;
+};
+
+}  // namespace fake
