@@ -52,53 +52,64 @@ enum class Shape {
 
 using Cleaner = void (*)(std::string&);
 
-// One or two items of a line of the status page.
-struct StatusLabel {
-    When when;
-    Shape shape;
+struct Item {
     const char* label;
     StatsText field;
     Cleaner clean;
-    const char* second_label = nullptr;
-    StatsText second_field = nullptr;
-    Cleaner second_clean = nullptr;
+};
+
+// One or two items of a line of the status page.
+struct StatusRow {
+    When when;
+    Shape shape;
+    Item first;
+    Item second;
 };
 
 constexpr Cleaner kClean = CleanWhiteSpace;
+constexpr Item kNone = {nullptr, nullptr, nullptr};
 
+// clang-format off
 // Each line of the page is tried against every row, in this order.
-constexpr StatusLabel kStatusLabels[] = {
-    {When::kAlways, Shape::kPair, "Current Time:", &S::poweron_time, kClean,
-     "Temperature:", &S::temperature, kClean},
-    {When::kAlways, Shape::kPair, "Bootup Time:", &S::bootup_time, kClean, "Mode:", &S::mode,
-     kClean},
-    {When::kAlways, Shape::kPair, "System mode:", &S::system_mode, kClean,
-     "PS state:", &S::ps_state, kClean},
-    {When::kOnLte, Shape::kPair, "LTE band:", &S::lte_band, kClean, "LTE bw:", &S::lte_bandwidth,
-     kClean},
-    {When::kOnLte, Shape::kPair, "LTE Rx chan:", &S::lte_rx_channel, kClean,
-     "LTE Tx chan:", &S::lte_tx_channel, kClean},
-    {When::kOnLte, Shape::kSingle, "RSSI (dBm):", &S::rssi, kClean},
-    {When::kOnLte, Shape::kPair, "RSRP (dBm):", &S::lte_rsrp, kClean,
-     "TAC:", &S::lte_tracking_area_code, Trim},
-    {When::kOnLte, Shape::kPair, "RSRQ (dB):", &S::lte_rsrq, kClean, "Cell ID:", &S::serving_cell,
-     Trim},
-    {When::kNotOnLte, Shape::kPairOrFirst, "WCDMA band:", &S::wcdma_band, kClean,
-     "GSM band:", &S::gsm_band, kClean},
-    {When::kNotOnLte, Shape::kPairOrFirst, "WCDMA channel:", &S::wcdma_channel, kClean,
-     "GSM channel:", &S::gsm_channel, kClean},
-    {When::kAlways, Shape::kJoined, "GMM (PS) state:", &S::gmm_ps_state, kClean},
-    {When::kAlways, Shape::kJoined, "MM (CS) state:", &S::mm_cs_state, kClean},
-    {When::kAlways, Shape::kPair, "WCDMA L1 State:", &S::wcdma_l1_state, kClean,
-     "RRC State:", &S::rrc_state, kClean},
-    {When::kOtherModels, Shape::kSingle, "Serving Cell:", &S::serving_cell, kClean},
-    {When::kOtherModels, Shape::kSingle, "RX level (dBm):", &S::rx_level, kClean},
-    {When::kMc7700, Shape::kPair, "RX level C0:", &S::rx_level_c0, kClean,
-     "LAC:", &S::location_area_code, Trim},
-    {When::kMc7700, Shape::kPair, "RX level C1:", &S::rx_level_c1, kClean,
-     "Cell ID:", &S::serving_cell, Trim},
-    {When::kAlways, Shape::kSingle, "GPRS State:", &S::gprs_state, Trim},
+constexpr StatusRow kStatusRows[] = {
+    {When::kAlways, Shape::kPair,
+        {"Current Time:", &S::poweron_time, kClean}, {"Temperature:", &S::temperature, kClean}},
+    {When::kAlways, Shape::kPair,
+        {"Bootup Time:", &S::bootup_time, kClean}, {"Mode:", &S::mode, kClean}},
+    {When::kAlways, Shape::kPair,
+        {"System mode:", &S::system_mode, kClean}, {"PS state:", &S::ps_state, kClean}},
+    {When::kOnLte, Shape::kPair,
+        {"LTE band:", &S::lte_band, kClean}, {"LTE bw:", &S::lte_bandwidth, kClean}},
+    {When::kOnLte, Shape::kPair,
+        {"LTE Rx chan:", &S::lte_rx_channel, kClean}, {"LTE Tx chan:", &S::lte_tx_channel, kClean}},
+    {When::kOnLte, Shape::kSingle,
+        {"RSSI (dBm):", &S::rssi, kClean}, kNone},
+    {When::kOnLte, Shape::kPair,
+        {"RSRP (dBm):", &S::lte_rsrp, kClean}, {"TAC:", &S::lte_tracking_area_code, Trim}},
+    {When::kOnLte, Shape::kPair,
+        {"RSRQ (dB):", &S::lte_rsrq, kClean}, {"Cell ID:", &S::serving_cell, Trim}},
+    {When::kNotOnLte, Shape::kPairOrFirst,
+        {"WCDMA band:", &S::wcdma_band, kClean}, {"GSM band:", &S::gsm_band, kClean}},
+    {When::kNotOnLte, Shape::kPairOrFirst,
+        {"WCDMA channel:", &S::wcdma_channel, kClean}, {"GSM channel:", &S::gsm_channel, kClean}},
+    {When::kAlways, Shape::kJoined,
+        {"GMM (PS) state:", &S::gmm_ps_state, kClean}, kNone},
+    {When::kAlways, Shape::kJoined,
+        {"MM (CS) state:", &S::mm_cs_state, kClean}, kNone},
+    {When::kAlways, Shape::kPair,
+        {"WCDMA L1 State:", &S::wcdma_l1_state, kClean}, {"RRC State:", &S::rrc_state, kClean}},
+    {When::kOtherModels, Shape::kSingle,
+        {"Serving Cell:", &S::serving_cell, kClean}, kNone},
+    {When::kOtherModels, Shape::kSingle,
+        {"RX level (dBm):", &S::rx_level, kClean}, kNone},
+    {When::kMc7700, Shape::kPair,
+        {"RX level C0:", &S::rx_level_c0, kClean}, {"LAC:", &S::location_area_code, Trim}},
+    {When::kMc7700, Shape::kPair,
+        {"RX level C1:", &S::rx_level_c1, kClean}, {"Cell ID:", &S::serving_cell, Trim}},
+    {When::kAlways, Shape::kSingle,
+        {"GPRS State:", &S::gprs_state, Trim}, kNone},
 };
+// clang-format on
 
 // The system mode counts as it stands at this moment: set by an earlier line of the page, by this
 // line, or left over from another query. Deliberate.
@@ -118,45 +129,45 @@ bool Applies(When when) {
     return false;
 }
 
-void Store(StatsText field, Cleaner clean, std::string value) {
-    clean(value);
-    g_S_Globalstats.*field = value;
+void Store(const Item& item, std::string value) {
+    item.clean(value);
+    g_S_Globalstats.*item.field = value;
 }
 
-void TakePair(const std::string& line, const StatusLabel& row) {
+void TakePair(const std::string& line, const StatusRow& row) {
     std::string first;
     std::string second;
-    if (ExtractAroundNeedles(line, row.label, row.second_label, first, second) == 0) return;
-    Store(row.field, row.clean, first);
-    Store(row.second_field, row.second_clean, second);
+    if (ExtractAroundNeedles(line, row.first.label, row.second.label, first, second) == 0) return;
+    Store(row.first, first);
+    Store(row.second, second);
 }
 
-void TakeSingle(const std::string& line, const StatusLabel& row) {
+void TakeSingle(const std::string& line, const Item& item) {
     std::string value;
-    if (ExtractAfterNeedle(line, row.label, value) == 1) Store(row.field, row.clean, value);
+    if (ExtractAfterNeedle(line, item.label, value) == 1) Store(item, value);
 }
 
 // The second value is kept exactly as it stands, line end included: deliberate.
-void TakeJoined(const std::string& line, const StatusLabel& row) {
+void TakeJoined(const std::string& line, const Item& item) {
     std::string first;
     std::string second;
-    if (ExtractAroundNeedles(line, row.label, "\t", first, second) == 0) return;
-    row.clean(first);
-    g_S_Globalstats.*row.field = first + ":" + second;
+    if (ExtractAroundNeedles(line, item.label, "\t", first, second) == 0) return;
+    item.clean(first);
+    g_S_Globalstats.*item.field = first + ":" + second;
 }
 
-void TakeStatusLabel(const std::string& line, const StatusLabel& row) {
+void TakeRow(const std::string& line, const StatusRow& row) {
     switch (row.shape) {
         case Shape::kPair:
             return TakePair(line, row);
         case Shape::kPairOrFirst:
             TakePair(line, row);
-            if ((g_S_Globalstats.*row.field).empty()) TakeSingle(line, row);
+            if ((g_S_Globalstats.*row.first.field).empty()) TakeSingle(line, row.first);
             return;
         case Shape::kSingle:
-            return TakeSingle(line, row);
+            return TakeSingle(line, row.first);
         case Shape::kJoined:
-            return TakeJoined(line, row);
+            return TakeJoined(line, row.first);
     }
 }
 
@@ -173,15 +184,15 @@ void QueryTemperature() {
         const auto found = line.find(kLabel);
         if (found == std::string::npos) continue;
         LogAbove(1, "DEBUG: line looks like %s", kLabel);
-        Store(&S::temperature, Trim, line.substr(found + sizeof(kLabel) - 1));
+        Store({kLabel, &S::temperature, Trim}, line.substr(found + sizeof(kLabel) - 1));
     }
 }
 
 void QueryStatusPage() {
     Reset();
     for (const std::string& line : cStringTokenizer(SendAtCommand("at!gstatus?", 0), '\n')) {
-        for (const StatusLabel& row : kStatusLabels) {
-            if (Applies(row.when)) TakeStatusLabel(line, row);
+        for (const StatusRow& row : kStatusRows) {
+            if (Applies(row.when)) TakeRow(line, row);
         }
     }
 }
