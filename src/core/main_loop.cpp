@@ -164,6 +164,5 @@ void RunOnePass(LoopState& state) {
 
 void RunMainLoop() {
     LoopState state;
-    for (;;)
-        RunOnePass(state);
+    for (;;) RunOnePass(state);
 }

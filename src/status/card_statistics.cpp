@@ -106,8 +106,7 @@ void AddNumber(cTextFileWriter& file, const char* key, int number) {
 
 template <std::size_t N>
 void AddKeys(cTextFileWriter& file, const PublishedText (&keys)[N]) {
-    for (const PublishedText& row : keys)
-        AddText(file, row.key, g_S_Globalstats.*row.field);
+    for (const PublishedText& row : keys) AddText(file, row.key, g_S_Globalstats.*row.field);
 }
 
 struct SignalValues {

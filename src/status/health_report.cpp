@@ -172,8 +172,7 @@ void TakeRow(const std::string& line, const StatusRow& row) {
 }
 
 void Reset() {
-    for (const StatsText field : kResetFields)
-        (g_S_Globalstats.*field).clear();
+    for (const StatsText field : kResetFields) (g_S_Globalstats.*field).clear();
 }
 
 void QueryTemperature() {

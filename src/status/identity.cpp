@@ -28,14 +28,14 @@ constexpr unsigned kSierra = k881 | kUsb305;
 constexpr unsigned kNovatel = kE362 | kE371;
 constexpr unsigned kAllCards = ~0U;
 
-enum class Ask { kOnce, kAlways };  // kOnce: only until the modem has given a value
-constexpr Ask kOnce = Ask::kOnce;
-constexpr Ask kAlways = Ask::kAlways;
+enum class Asked { kOnce, kAlways };  // kOnce: only until the modem has given a value
+constexpr Asked kOnce = Asked::kOnce;
+constexpr Asked kAlways = Asked::kAlways;
 
 struct IdentityQuery {
     StatsText field;
     unsigned cards;
-    Ask ask;
+    Asked asked;
     const char* reset;  // the field's text before the command is sent; null keeps the old one
     const char* command;
     unsigned wait;  // seconds
@@ -93,7 +93,7 @@ constexpr IdentityQuery kIccids[] = {
 
 void RunQuery(const IdentityQuery& query) {
     std::string& field = g_S_Globalstats.*query.field;
-    if (query.ask == kOnce && !IsStillUnknown(field)) return;
+    if (query.asked == kOnce && !IsStillUnknown(field)) return;
     if ((query.cards & (1U << g_i_CardType)) == 0) return;
     if (query.reset != nullptr) field = query.reset;
     const cStringTokenizer lines(SendAtCommand(query.command, query.wait), '\n');
@@ -104,8 +104,7 @@ void RunQuery(const IdentityQuery& query) {
 }  // namespace
 
 void UpdateCardIdentity() {
-    for (const IdentityQuery& query : kIdentityPass)
-        Ask(query);
+    for (const IdentityQuery& query : kIdentityPass) RunQuery(query);
     GetGsmCarrierFromOperatorNameList();
 }
 
@@ -119,6 +118,5 @@ void QueryBand() {
 
 void QueryIccid() {
     if (IsLteCard() && !g_S_Globalstats.sim_ready) return;
-    for (const IdentityQuery& query : kIccids)
-        Ask(query);
+    for (const IdentityQuery& query : kIccids) RunQuery(query);
 }

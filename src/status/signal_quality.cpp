@@ -101,15 +101,13 @@ void QueryNovatelSignal() {
     if (!IsLteCard()) return;
 
     const std::string response = SendAtCommand("AT$NWRSSI=15", 0);
-    for (const SignalLabel& label : kSignalLabels)
-        (g_S_Globalstats.*label.field).clear();
+    for (const SignalLabel& label : kSignalLabels) (g_S_Globalstats.*label.field).clear();
     const cStringTokenizer lines(response, '\n');
     LogAbove(1, "DEBUG: token count is : %d", static_cast<int>(lines.GetTokenCount()));
     for (std::string line : lines) {
         LogAbove(1, "DEBUG: checking line : %s", line.c_str());
         CleanWhiteSpace(line);
-        for (const SignalLabel& label : kSignalLabels)
-            TakeSignalLabel(line, label);
+        for (const SignalLabel& label : kSignalLabels) TakeSignalLabel(line, label);
     }
 }
 

@@ -63,8 +63,7 @@ constexpr StatsText kOtherTexts[] = {
 }  // namespace
 
 void ResetGlobalStats() {
-    for (const StatsText field : kOtherTexts)
-        g_S_Globalstats.*field = "Unknown";
+    for (const StatsText field : kOtherTexts) g_S_Globalstats.*field = "Unknown";
     g_S_Globalstats.sim_context_apns.clear();
     g_S_Globalstats.roaming = 0;
     g_S_Globalstats.sim_ready = false;
@@ -74,7 +73,6 @@ void ResetGlobalStats() {
 }
 
 void ResetLteStats() {
-    for (const StatsText field : kConnectionTexts)
-        g_S_Globalstats.*field = "Unknown";
+    for (const StatsText field : kConnectionTexts) g_S_Globalstats.*field = "Unknown";
     g_S_Globalstats.lte_connect_failures = 0;
 }

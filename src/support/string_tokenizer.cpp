@@ -35,8 +35,7 @@ void cStringTokenizer::SetDelimiter(char delimiter) {
 }
 
 unsigned cStringTokenizer::TrimTokens() {
-    for (std::string& token : *this)
-        Trim(token);
+    for (std::string& token : *this) Trim(token);
     return GetTokenCount();
 }
 

@@ -53,8 +53,7 @@ void Trim(std::string& text) {
 }
 
 void ToLower(std::string& text) {
-    for (char& c : text)
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
 }
 
 bool IsInteger(const std::string& text) {
