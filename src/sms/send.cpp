@@ -1,8 +1,8 @@
 #include "sms/send.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <vector>
 
 #include "core/settings.h"
@@ -30,7 +30,7 @@ void DeleteSentSmsMessages() {
 }
 
 void MakeSendDirectories() {
-    MakeSpoolDirectories(std::string(kSmsSendDirectory) + " " + kSmsFailDirectory);
+    MakeSpoolDirectories({kSmsSendDirectory, kSmsFailDirectory});
 }
 
 // Name, dot and time stamp. A name that would grow too long for the file system loses its end, as
@@ -38,6 +38,22 @@ void MakeSendDirectories() {
 std::string FailureName(const std::string& name) {
     const std::string stamp = "." + LocalTime("%Y%m%d-%H%M%S");
     return name.substr(0, kLongestName - stamp.size()) + stamp;
+}
+
+// A link to a directory in the place of the moved file would lead mv out of the spool.
+void RemoveLink(const std::string& path) {
+    struct stat status = {};
+    if (lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode)) unlink(path.c_str());
+}
+
+// Both directories are looked at again: the modem's answer has taken a second or more.
+void MoveToFailed(const std::string& name, const std::string& failure_name) {
+    if (!IsSafeSpoolPath(kSmsSendDirectory) || !IsSafeSpoolPath(kSmsFailDirectory)) return;
+    const std::string path = kSmsSendDirectory + name;
+    const std::string failed_path = kSmsFailDirectory + failure_name;
+    RemoveLink(failed_path);
+    RunShell("mv -f " + ShellWord(path) + " " + ShellWord(failed_path));
+    DeleteSpoolFile(kSmsSendDirectory, name);
 }
 
 // The counter is the daemon's, not the file's: deliberate, a file that is listed first takes over
@@ -48,16 +64,12 @@ void EndAttempts() {
 }
 
 void GiveUp(const std::string& name, const std::string& to, const std::string& text) {
-    const std::string path = kSmsSendDirectory + name;
     const std::string failure_name = FailureName(name);
     Log("Send #%d Failed : TO=%s, MSG=%s (truncated)", g_i_SmsSendAttempts, to.c_str(),
         text.substr(0, kShownMessage).c_str());
     Log("Max send attempt, moving file to %s/%s", kSmsFailDirectory, failure_name.c_str());
     MakeSendDirectories();
-    if (IsSafeSpoolPath(kSmsFailDirectory)) {
-        RunShell("mv -f " + ShellWord(path) + " " + ShellWord(kSmsFailDirectory + failure_name));
-        unlink(path.c_str());
-    }
+    MoveToFailed(name, failure_name);
     EndAttempts();
 }
 
@@ -74,13 +86,13 @@ void SendFile(const std::string& name) {
     Log("Reading SMS File %s", path.c_str());
     if (!ReadSmsSendFile(path, to, text)) {
         Log("SMS send file %s is invalid, deleting", path.c_str());
-        unlink(path.c_str());
+        DeleteSpoolFile(kSmsSendDirectory, name);
         g_i_SmsSendAttempts = 0;
         return;
     }
     if (SendSmSMessage(to, text)) {
         Log("Send Success: TO=%s, MSG=%s", to.c_str(), text.c_str());
-        unlink(path.c_str());
+        DeleteSpoolFile(kSmsSendDirectory, name);
         EndAttempts();
         return;
     }

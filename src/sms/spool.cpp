@@ -65,15 +65,24 @@ bool IsSafeSpoolPath(const std::string& directory) {
     return true;
 }
 
-void MakeSpoolDirectories(const std::string& directories) {
-    RunShell("mkdir -p " + directories);
+void MakeSpoolDirectories(const std::vector<std::string>& directories) {
+    std::string command = "mkdir -p";
+    for (const std::string& directory : directories) {
+        if (!IsSafeSpoolPath(directory)) return;
+        command += " " + directory;
+    }
+    RunShell(command);
+}
+
+void DeleteSpoolFile(const std::string& directory, const std::string& name) {
+    if (IsSafeSpoolPath(directory)) unlink((directory + name).c_str());
 }
 
 int ReadSmsDirectory(const std::string& directory, std::vector<std::string>& names) {
-    errno = ELOOP;
-    DIR* stream = IsSafeSpoolPath(directory) ? opendir(directory.c_str()) : nullptr;
+    const bool safe = IsSafeSpoolPath(directory);
+    DIR* stream = safe ? opendir(directory.c_str()) : nullptr;
     if (stream == nullptr) {
-        const int error = errno;
+        const int error = safe ? errno : ELOOP;
         LogAbove(0, "DEBUG: Error opening SMS read directory %s, errno %d", directory.c_str(),
                  error);
         return error;
@@ -112,7 +121,7 @@ bool ReadSmsSendFile(const std::string& path, std::string& to, std::string& mess
 
 void DeleteOldSmSFiles(const std::string& directory) {
     LogAbove(0, "DEBUG: %s(%s): running", __func__, directory.c_str());
-    MakeSpoolDirectories(directory);
+    MakeSpoolDirectories({directory});
     std::vector<std::string> names;
     const int error = ReadSmsDirectory(directory, names);
     if (error != 0) {
@@ -128,7 +137,7 @@ void DeleteOldSmSFiles(const std::string& directory) {
                  name.c_str(), static_cast<int>(age), static_cast<int>(kMostSeconds));
         if (age <= kMostSeconds) continue;
         Log("Deleting SMS file '%s', older than %d minutes.", path.c_str(), kMostMinutes);
-        unlink(path.c_str());
+        DeleteSpoolFile(directory, name);
     }
 }
 

@@ -16,8 +16,12 @@ constexpr char kSmsReceiveDirectory[] = "/tmp/sms/recv/";
 // daemon's own user; such a link is logged. A path that does not exist is safe.
 bool IsSafeSpoolPath(const std::string& directory);
 
-// Runs mkdir -p for one directory or several, separated by blanks.
-void MakeSpoolDirectories(const std::string& directories);
+// Runs one mkdir -p for all of them; does nothing when one of them is not safe.
+void MakeSpoolDirectories(const std::vector<std::string>& directories);
+
+// Deletes a file of a spool directory, unless the directory has stopped being safe since it was
+// listed. A failure, as with a subdirectory, goes unnoticed.
+void DeleteSpoolFile(const std::string& directory, const std::string& name);
 
 // Appends every entry but "." and "..", of whatever type, in the order the system returns them.
 // Returns 0, or the errno of the directory that cannot be opened.

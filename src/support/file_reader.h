@@ -10,8 +10,8 @@ constexpr std::size_t kLongestTextFile = 65536;
 
 enum class LastCharacter { kAsItIs, kDoubled };
 
-// Reads the file into `text`. False when it cannot be opened; `text` is then empty. Whatever opens
-// but is no regular file (a directory, a FIFO, a device) reads as empty and never blocks.
+// Reads the file into `text`. False when it cannot be opened; `text` is then empty. Whatever is no
+// regular file (a directory, a FIFO) reads as empty and never blocks; a device is not even opened.
 //
 // kDoubled repeats the last character of the file: "A=12" without a line end reads as "A=122".
 // Deliberate: the programs that write the tables and the SMS send files have always lived with it.

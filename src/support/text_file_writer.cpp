@@ -1,6 +1,7 @@
 #include "support/text_file_writer.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -10,17 +11,28 @@
 
 namespace {
 
-constexpr int kReplaceFlags = O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+constexpr int kWriteFlags = O_WRONLY | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 constexpr mode_t kMode = 0666;
+
+// A hard link is as good a trap as a symbolic one.
+bool IsFileOfOneName(int fd) {
+    struct stat status = {};
+    return fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1;
+}
 
 int OpenForReplacing(const std::string& path) {
     const bool anybodys_folder = path.compare(0, 5, "/tmp/") == 0;
-    if (!anybodys_folder) return open(path.c_str(), kReplaceFlags, kMode);
+    if (!anybodys_folder) return open(path.c_str(), kWriteFlags | O_TRUNC, kMode);
 
-    const int fd = open(path.c_str(), kReplaceFlags | O_NOFOLLOW, kMode);
-    if (fd >= 0 || errno != ELOOP) return fd;
+    // Truncated only when it is known whose file it is.
+    const int fd = open(path.c_str(), kWriteFlags | O_NOFOLLOW, kMode);
+    if (fd < 0 && errno != ELOOP) return fd;
+    if (fd >= 0) {
+        if (IsFileOfOneName(fd) && ftruncate(fd, 0) == 0) return fd;
+        close(fd);
+    }
     unlink(path.c_str());
-    return open(path.c_str(), kReplaceFlags | O_EXCL, kMode);
+    return open(path.c_str(), kWriteFlags | O_EXCL, kMode);
 }
 
 bool WriteAll(int fd, const std::string& text) {

@@ -1,7 +1,8 @@
 // Collects lines and writes them to a file in one go. A file is replaced whole, never appended to.
 //
-// Below /tmp, where anybody may plant a link, a link in the file's place is removed and never
-// followed. No write blocks: a FIFO without a reader counts as a file that cannot be opened.
+// Below /tmp, where anybody may plant a link, a link in the file's place, symbolic or hard, is
+// removed and never followed. No write blocks: a FIFO without a reader counts as a file that cannot
+// be opened.
 #pragma once
 
 #include <string>
