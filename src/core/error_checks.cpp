@@ -32,7 +32,7 @@ int ReadUptime() {
         uptime = g_i_UptimeCutoff + 1;
     }
     LogDebug("Uptime current: %lf, uptime cutoff is %d", uptime, g_i_UptimeCutoff);
-    return static_cast<int>(std::clamp(uptime, 0.0, 2e9));
+    return static_cast<int>(std::min(std::max(0.0, uptime), 2e9));  // In this order for a "nan".
 }
 
 int ReadPppErrorCount(int& last_seen) {

@@ -17,13 +17,6 @@ bool Exists(const std::string& path) {
     return access(path.c_str(), F_OK) == 0;
 }
 
-// The first element of /proc/<pid>/cmdline: the program's path as it was started.
-std::string StartedAs(const std::string& cmdline_file) {
-    std::string text;
-    ReadTextFile(cmdline_file, LastCharacter::kAsItIs, text);
-    return text.substr(0, kLongestCommandLine).c_str();
-}
-
 void WritePidFile(const std::string& pid_file) {
     const int fd =
         open(pid_file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666);
@@ -45,7 +38,12 @@ int ReadStoredPid(const std::string& pid_file) {
 
 bool IsRunningCopy(int pid, const std::string& program_name) {
     const std::string directory = Format("/proc/%d", pid);
-    return Exists(directory) && Contains(StartedAs(directory + "/cmdline"), program_name);
+    std::string command_line;
+    if (!Exists(directory)) return false;
+    if (!ReadTextFile(directory + "/cmdline", LastCharacter::kAsItIs, command_line)) return false;
+    // Its first element, up to the zero byte, is the program's path as it was started.
+    const std::string started_as = command_line.substr(0, kLongestCommandLine).c_str();
+    return Contains(started_as, program_name);
 }
 
 void EnforceSingleInstance(const std::string& pid_file, const std::string& program_name) {

@@ -130,11 +130,13 @@ std::string SendAtCommand(const std::string& command, unsigned wait_seconds) {
     usleep(kAnswerPause);
     sleep(wait_seconds);
 
+    std::size_t received = 0;  // more than is kept when the modem sends zero bytes
     int count = ReadPort(buffer, kReadSize);
     while (count > 0) {
         result += buffer;
         LogDebug("read %d bytes from port", count);
-        if (result.size() > kLongestAnswer) break;
+        received += static_cast<std::size_t>(count);
+        if (received > kLongestAnswer) break;
         usleep(kAnswerPause);
         count = ReadPort(buffer, kReadSize);
     }

@@ -137,7 +137,7 @@ void cKVTLogger::CheckRotate() {
         Log("cKVTLogger::CheckRotate(): file size of %s is %d bytes, max file size is %d",
             path_.c_str(), size, limit);
     }
-    if (size < limit) return;
+    if (status.st_size < limit) return;
     if (debug_level_ > 2) {
         Log("cKVTLogger::CheckRotate(): file %s is bigger than %d bytes, running Rotate()",
             path_.c_str(), limit);

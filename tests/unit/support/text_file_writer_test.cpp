@@ -1,0 +1,126 @@
+// Files are written whole, and no link or FIFO in their place does harm.
+#include "support/text_file_writer.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+
+#include "fakes/fixture.h"
+
+namespace {
+
+class TextFileWriter : public fake::DaemonTest {
+  protected:
+    const std::string path_ = Folder() + "/status";
+};
+
+TEST_F(TextFileWriter, EveryStoredLineEndsInOneNewline) {
+    cTextFileWriter file(path_);
+    file.AddLine("A=1");
+    file.AddLine("B=2\n");
+    file.AddLine("");
+    file.AddLine("C\r\n");
+    EXPECT_TRUE(file.WriteFile());
+    EXPECT_EQ(ReadAll(path_), "A=1\nB=2\n\nC\r\n");
+}
+
+TEST_F(TextFileWriter, TheLinesStartEmpty) {
+    const cTextFileWriter file(path_);
+    EXPECT_TRUE(file.empty());
+    EXPECT_TRUE(file.WriteFile());
+    EXPECT_TRUE(std::filesystem::exists(path_));
+    EXPECT_EQ(ReadAll(path_), "");
+}
+
+TEST_F(TextFileWriter, InsertsBeforeTheIndexedLine) {
+    cTextFileWriter file(path_);
+    file.AddLine("b");
+    file.AddLine("d");
+    file.InsertLine("a", 0);
+    file.InsertLine("c\n", 2);
+    file.InsertLine("e", 4);
+    file.InsertLine("f", 99);
+    file.WriteFile();
+    EXPECT_EQ(ReadAll(path_), "a\nb\nc\nd\ne\nf\n");
+}
+
+TEST_F(TextFileWriter, ReplacesALongerFileWhole) {
+    WriteTemp("status", "1\n2\n3\n4\n5\n6\n7\n8\n9\n10\n");
+    cTextFileWriter file(path_);
+    file.AddLine("x");
+    file.AddLine("y");
+    EXPECT_TRUE(file.WriteFile());
+    EXPECT_EQ(ReadAll(path_), "x\ny\n");
+    EXPECT_TRUE(file.WriteFile());
+    EXPECT_EQ(ReadAll(path_), "x\ny\n");
+}
+
+TEST_F(TextFileWriter, LinesChangedInPlaceAreWrittenExactlyAsStored) {
+    cTextFileWriter file(path_);
+    file.AddLine("a");
+    file[0] = "raw";
+    file.WriteFile();
+    EXPECT_EQ(ReadAll(path_), "raw");
+}
+
+TEST_F(TextFileWriter, AFileThatCannotBeOpenedIsReported) {
+    cTextFileWriter file(Folder() + "/missing/status");
+    file.AddLine("a");
+    EXPECT_FALSE(file.WriteFile());
+    EXPECT_FALSE(file.ReplaceFile());
+    EXPECT_FALSE(cTextFileWriter(Folder()).WriteFile());
+}
+
+TEST_F(TextFileWriter, ALinkBelowTmpIsReplacedAndNotFollowed) {
+    const std::string victim = WriteTemp("victim", "precious");
+    ASSERT_EQ(symlink(victim.c_str(), path_.c_str()), 0);
+    cTextFileWriter file(path_);
+    file.AddLine("a");
+    EXPECT_TRUE(file.WriteFile());
+    EXPECT_EQ(ReadAll(victim), "precious");
+    EXPECT_FALSE(std::filesystem::is_symlink(path_));
+    EXPECT_EQ(ReadAll(path_), "a\n");
+}
+
+TEST_F(TextFileWriter, AFifoWithoutReaderCountsAsAFileThatCannotBeOpened) {
+    ASSERT_EQ(mkfifo(path_.c_str(), 0600), 0);
+    cTextFileWriter file(path_);
+    file.AddLine("a");
+    EXPECT_FALSE(file.WriteFile());
+}
+
+TEST_F(TextFileWriter, ReplaceFileLeavesNothingBesideIt) {
+    WriteTemp("status", "old");
+    cTextFileWriter file(path_);
+    file.AddLine("new");
+    EXPECT_TRUE(file.ReplaceFile());
+    EXPECT_EQ(ReadAll(path_), "new\n");
+    EXPECT_FALSE(std::filesystem::exists(path_ + ".new"));
+}
+
+TEST_F(TextFileWriter, AReaderKeepsTheOldTextWhileTheFileIsReplaced) {
+    WriteTemp("status", "old");
+    std::FILE* reader = std::fopen(path_.c_str(), "r");
+    ASSERT_NE(reader, nullptr);
+    cTextFileWriter file(path_);
+    file.AddLine("new");
+    file.ReplaceFile();
+    char text[8] = {};
+    EXPECT_EQ(std::fread(text, 1, sizeof(text), reader), 3u);
+    EXPECT_STREQ(text, "old");
+    std::fclose(reader);
+}
+
+TEST_F(TextFileWriter, AFailedReplaceKeepsTheOldFileAndCleansUp) {
+    std::filesystem::create_directory(path_);
+    WriteTemp("status/inside", "kept");
+    cTextFileWriter file(path_);
+    file.AddLine("new");
+    EXPECT_FALSE(file.ReplaceFile());
+    EXPECT_EQ(ReadAll(path_ + "/inside"), "kept");
+    EXPECT_FALSE(std::filesystem::exists(path_ + ".new"));
+}
+
+}  // namespace
