@@ -49,7 +49,7 @@ void ReadOption(const char* argument) {
     const std::string option = FirstEighty(argument);
     if (Contains(option, "cind1")) {
         g_i_UseCind1 = 1;
-        Log("using querry type cind1");
+        Log("using querry type cind1");  // Spelled so on purpose: searched for in the field.
         return;
     }
     for (const CardOption& card : kCardOptions) {

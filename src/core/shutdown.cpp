@@ -48,7 +48,7 @@ void CheckSignals() {
         CleanupAndExit();
     }
     if (g_b_GotSigHup != 0) {
-        Log("recieved SIGHUP, resetting device");
+        Log("recieved SIGHUP, resetting device");  // Spelled so on purpose, as old logs have it.
         ResetDevice();
         CleanupAndExit();
     }

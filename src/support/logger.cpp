@@ -73,6 +73,7 @@ void cKVTLogger::SetSyslogMirror(std::uint8_t flag) {
 
 void cKVTLogger::SetFoldRepeats(std::uint8_t flag) {
     if (debug_level_ != 0) {
+        // Spelled so on purpose, as old logs have it.
         Log("cKVTLogger Supress messages for %s is %s", path_.c_str(), OnOff(flag));
     }
     fold_repeats_ = flag;
