@@ -34,11 +34,14 @@ constexpr int kMostFailures = 10;           // checks; one more resets the modem
 constexpr unsigned kGoodPingPeriod = 600;   // seconds
 constexpr unsigned kFailedPingPeriod = 30;  // seconds
 
+// The dialing marker outlives the restart, deliberately: only a disabled interface takes it away.
 void SetMarker(const char* wanted, const char* unwanted) {
     RunShell(std::string("touch ") + wanted);
     unlink(unwanted);
 }
 
+// The translated texts lag one check behind, deliberately: the restart message tells how the call
+// ended that it replaces.
 void ShiftPreviousResults() {
     GlobalStats& stats = g_S_Globalstats;
     stats.previous_qmi_call_time = stats.qmi_call_time;

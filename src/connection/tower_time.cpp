@@ -118,7 +118,8 @@ bool TakeTimeLine(const std::string& line, TowerTime& time) {
     return true;
 }
 
-// Date and time on lines of their own. False when the modem does not know the command.
+// Date and time on lines of their own; a short year is not completed here, deliberately: this clock
+// is known to say four digits, or nonsense. False when the modem does not know the command.
 bool AskFallbackClock(TowerTime& time) {
     bool have_date = false;
     bool have_time = false;

@@ -54,6 +54,7 @@ void CheckSignals() {
     }
 }
 
+// The pid file stays, deliberately: the next start finds its process gone and takes it over.
 void CleanupAndExit() {
     Log("doing cleanup and exiting");
     unlink("/var/log/wireless.cardstats");
