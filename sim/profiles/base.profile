@@ -1,0 +1,133 @@
+# What every modem here can do: the commands of TS 27.007 and 27.005 that only tell the state.
+# The models include this file and add or replace what is their own. All numbers are invented and
+# come from ranges kept for tests: network 001, type approval 001017, telephone 555-01xx.
+
+manufacturer = Example Modems
+model = Generic
+revision = 1.0.0
+imei = 001017000000008
+imsi = 001010123456789
+iccid = 8900101000000000017
+mdn = 2015550123
+pin = 1234
+
+operator = Example Net
+plmn = 001010
+roaming.operator = Harbor Cellular
+roaming.plmn = 001020
+operators = 200
+operators-delay = 600ms
+
+best-access = wcdma
+signal = 17
+service.none = No Service
+service.gsm = GPRS
+service.edge = EDGE
+service.wcdma = UMTS
+service.hspa = HSDPA/HSUPA
+service.lte = LTE
+temperature-base = 36
+timezone = 0
+features = clock
+
+context 1 IP internet
+
+> AT+CSQ
+< +CSQ: {csq},{ber}
+< OK
+
+# Signal is the second of eight: battery, signal, service, message, call, sound, roaming, store full.
+> AT+CIND?
+< +CIND: 5,{indicator},{in-service},{sms-unread},0,0,{roaming},{sms-full}
+< OK
+
+> AT+CIND=?
+< +CIND: ("battchg",(0-5)),("signal",(0-5)),("service",(0,1)),("message",(0,1)),("call",(0,1)),("vox",(0,1)),("roam",(0,1)),("smsfull",(0,1))
+< OK
+
+> AT+COPS?
+when in-service=1
+delay 40ms
+< +COPS: 0,0,"{operator-now}"
+< OK
+> AT+COPS?
+< +COPS: 0
+< OK
+
+> AT+CGATT?
+< +CGATT: {in-service}
+< OK
+
+> AT+CCLK?
+< +CCLK: "{stamp}"
+< OK
+
+> AT+CPMS?
+< +CPMS: "SM",{sms-used},{sms-capacity},"SM",{sms-used},{sms-capacity},"SM",{sms-used},{sms-capacity}
+< OK
+
+> AT+CSCA?
+< +CSCA: "+12015550100",145
+< OK
+
+> AT+CIMI
+when sim=ready
+< {imsi}
+< OK
+> AT+CIMI
+when sim=locked
+< +CME ERROR: 11
+> AT+CIMI
+< +CME ERROR: 10
+
+> AT+CNUM
+when sim=ready
+delay 40ms
+< +CNUM: "Line 1","{mdn}",129
+< OK
+> AT+CNUM
+< +CME ERROR: 10
+
+> AT+GMI
+< {manufacturer}
+< OK
+
+> AT+CGMI
+< {manufacturer}
+< OK
+
+> AT+GMM
+< {model}
+< OK
+
+> AT+CGMM
+< {model}
+< OK
+
+> AT+GMR
+< {revision}
+< OK
+
+> AT+CGMR
+< {revision}
+< OK
+
+> AT+GSN
+< {imei}
+< OK
+
+> AT+CGSN
+< {imei}
+< OK
+
+> ATI
+< Manufacturer: {manufacturer}
+< Model: {model}
+< Revision: {revision}
+< IMEI: {imei}
+< OK
+
+# Not in the standard, but most modems take it.
+> AT+CSQ?
+< +CSQ: {csq},{ber}
+< OK
