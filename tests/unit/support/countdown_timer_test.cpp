@@ -210,8 +210,19 @@ TEST_F(CountdownTimer, FormatsTheElapsedTime) {
     }
 }
 
+TEST_F(CountdownTimer, AClockSetBackByASecondExpiresTheTimer) {
+    cCountdownTimer timer(0, 5);
+    timer.Start();
+    WaitSeconds(-1);
+    EXPECT_TRUE(timer.HasExpired());
+}
+
 TEST_F(CountdownTimer, FormatsAMillisecondTimerInSeconds) {
     cCountdownTimer timer(1, 5);
+    timer.Start();
+    Wait(1500);
+    EXPECT_EQ(timer.GetElapsed(), 1500u);
+    EXPECT_STREQ(timer.FormatElapsed(), " 00:00:01 ");
     timer.Start();
     Wait(61999);
     EXPECT_STREQ(timer.FormatElapsed(), " 00:01:01 ");
