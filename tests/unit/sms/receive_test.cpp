@@ -250,7 +250,7 @@ TEST_F(Receiving, AFailedWriteIsNotNoticed) {
 TEST_F(Receiving, NoPlantedLinkLeadsOutOfTheSpool) {
     Put("/tmp/sms/precious", "keep me");
     const std::string target = Real("/tmp/sms/precious");
-    symlink(target.c_str(), Real("/tmp/sms/recv/sms_msg20260314-091500.1").c_str());
+    Link(target, "/tmp/sms/recv/sms_msg20260314-091500.1");
     g_Cp_SmsQueue->push_back({0, "1", "t", "a\n"});
     g_Cp_SmsQueue->push_back({0, "1", "t", "b\n"});
     ASSERT_EQ(link(target.c_str(), Real("/tmp/sms/recv/sms_msg20260314-091500.2").c_str()), 0);
@@ -270,7 +270,7 @@ TEST_F(Receiving, AFifoInTheFilesPlaceDoesNotHoldTheDaemonUp) {
 TEST_F(Receiving, NothingIsWrittenThroughSomebodysLink) {
     std::filesystem::create_directory(Real("/tmp/sms/elsewhere"));
     RemoveDirectory("/tmp/sms/recv");
-    symlink("elsewhere", Real("/tmp/sms/recv").c_str());
+    Link("elsewhere", "/tmp/sms/recv");
     GiveToSomebody("/tmp/sms/recv");
     g_Cp_SmsQueue->push_back({0, "1", "t", "a\n"});
     WriteOutQueuedSmsMessages();

@@ -90,7 +90,7 @@ TEST_F(Sending, DeletesAnInvalidFileAndForgetsTheFailures) {
 }
 
 TEST_F(Sending, DeletesALinkThatLeadsNowhere) {
-    symlink("/nowhere/at/all", Real("/tmp/sms/send/msg").c_str());
+    Link("/nowhere/at/all", "/tmp/sms/send/msg");
     CheckSendSmS();
     EXPECT_EQ(world.log,
               (Lines{"Reading SMS File /tmp/sms/send/msg", "Cannot open SMS file /tmp/sms/send/msg",
@@ -274,7 +274,7 @@ TEST_F(Sending, ALinkInThePlaceOfTheMovedFileIsRemoved) {
     PutToSend("msg", "TO=123\nMSG=Hello\n");
     g_i_SmsSendAttempts = 2;
     world.on_sleep = [](std::int64_t) { fake::Current().now_us = 1773479702000000; };
-    symlink("/etc", Real("/tmp/sms/send_fail/msg.20260314-091502").c_str());
+    Link("/etc", "/tmp/sms/send_fail/msg.20260314-091502");
     CheckSendSmS();
     EXPECT_FALSE(Exists("/tmp/sms/send_fail/msg.20260314-091502"));
 }
@@ -283,7 +283,7 @@ TEST_F(Sending, AFileStaysWhenSendFailIsSomebodysLink) {
     LetTheModemRefuse();
     PutToSend("msg", "TO=123\nMSG=Hello\n");
     RemoveDirectory("/tmp/sms/send_fail");
-    symlink("/etc", Real("/tmp/sms/send_fail").c_str());
+    Link("/etc", "/tmp/sms/send_fail");
     GiveToSomebody("/tmp/sms/send_fail");
     g_i_SmsSendAttempts = 2;
     CheckSendSmS();
@@ -299,7 +299,7 @@ TEST_F(Sending, NoFileIsDeletedThroughALinkMadeDuringTheSending) {
         if (swapped) return;
         swapped = true;
         std::filesystem::rename(Real("/tmp/sms/send"), Real("/tmp/sms/etc"));
-        symlink("etc", Real("/tmp/sms/send").c_str());
+        Link("etc", "/tmp/sms/send");
         GiveToSomebody("/tmp/sms/send");
     };
     CheckSendSmS();

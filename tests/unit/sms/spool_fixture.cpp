@@ -121,6 +121,10 @@ std::vector<std::string> SpoolTest::Names(const std::string& directory) {
     return names;
 }
 
+void SpoolTest::Link(const std::string& target, const std::string& path) {
+    std::filesystem::create_symlink(target, Real(path));
+}
+
 void SpoolTest::SetAge(const std::string& path, long seconds) {
     g_age[path] = seconds;
 }

@@ -20,6 +20,8 @@ class SpoolTest : public fake::DaemonTest {
     static bool Exists(const std::string& path);
     // All entries of a directory, in the order the system returns them.
     static std::vector<std::string> Names(const std::string& directory);
+    // A symbolic link at `path`; the target is taken as it stands.
+    static void Link(const std::string& target, const std::string& path);
     // Where the path really lies.
     static std::string Real(const std::string& path);
 
@@ -28,5 +30,6 @@ class SpoolTest : public fake::DaemonTest {
     static void SetAge(const std::string& path, long seconds);
     // The path belongs to a user who is neither root nor the daemon's.
     static void GiveToSomebody(const std::string& path);
+    // With all that is in it.
     static void RemoveDirectory(const std::string& path);
 };

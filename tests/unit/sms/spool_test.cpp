@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 
 #include "core/settings.h"
@@ -141,7 +142,7 @@ TEST_F(SendFile, ThatIsEmptyADirectoryOrAFifoReadsAsEmpty) {
     PutToSend("empty", "");
     std::filesystem::create_directory(Real("/tmp/sms/send/directory"));
     ASSERT_EQ(mkfifo(Real("/tmp/sms/send/fifo").c_str(), 0600), 0);
-    symlink("/dev/zero", Real("/tmp/sms/send/device").c_str());
+    Link("/dev/zero", "/tmp/sms/send/device");
     for (const char* name : {"empty", "directory", "fifo", "device"}) {
         SCOPED_TRACE(name);
         world.log.clear();
@@ -161,7 +162,7 @@ TEST_F(SendFile, ThatIsASocketOrADanglingLinkCannotBeOpened) {
     address.sun_family = AF_UNIX;
     Real("/tmp/sms/send/socket").copy(address.sun_path, sizeof(address.sun_path) - 1);
     ASSERT_EQ(bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
-    symlink("/nowhere/at/all", Real("/tmp/sms/send/link").c_str());
+    Link("/nowhere/at/all", "/tmp/sms/send/link");
     for (const char* name : {"socket", "link"}) {
         SCOPED_TRACE(name);
         world.log.clear();
@@ -179,7 +180,7 @@ TEST_F(Listing, AppendsEveryEntryOfWhateverTypeButTheTwoDots) {
     PutToSend(".hidden", "");
     PutToSend("...", "");
     std::filesystem::create_directory(Real("/tmp/sms/send/directory"));
-    symlink("nowhere", Real("/tmp/sms/send/link").c_str());
+    Link("nowhere", "/tmp/sms/send/link");
     Lines names = {"kept"};
     EXPECT_EQ(ReadSmsDirectory(kSmsSendDirectory, names), 0);
     Lines expected = Names(kSmsSendDirectory);  // the system's own order
@@ -213,7 +214,7 @@ TEST_F(Listing, IsSilentAboutFailuresAtANegativeDebugLevel) {
 
 TEST_F(Listing, ThroughSomebodysLinkIsRefused) {
     std::filesystem::rename(Real("/tmp/sms"), Real("/tmp/sms-elsewhere"));
-    symlink("sms-elsewhere", Real("/tmp/sms").c_str());
+    Link("sms-elsewhere", "/tmp/sms");
     Lines names;
     EXPECT_EQ(ReadSmsDirectory(kSmsSendDirectory, names), 0) << "a link of our own is fine";
     GiveToSomebody("/tmp/sms");
@@ -224,7 +225,7 @@ TEST_F(Listing, ThroughSomebodysLinkIsRefused) {
 
 TEST_F(Listing, LooksAtEveryElementOfThePath) {
     RemoveDirectory("/tmp/sms/send");
-    symlink("recv", Real("/tmp/sms/send").c_str());
+    Link("recv", "/tmp/sms/send");
     GiveToSomebody("/tmp/sms/send");
     EXPECT_FALSE(IsSafeSpoolPath(kSmsSendDirectory));
     EXPECT_TRUE(IsSafeSpoolPath(kSmsReceiveDirectory));
@@ -241,7 +242,7 @@ TEST_F(Listing, NoDirectoryIsMadeBehindSomebodysLink) {
     MakeSpoolDirectories({kSmsSendDirectory, kSmsFailDirectory});
     EXPECT_EQ(world.shell, Lines{"mkdir -p /tmp/sms/send/ /tmp/sms/send_fail/"});
     RemoveDirectory("/tmp/sms/send_fail");
-    symlink("/etc", Real("/tmp/sms/send_fail").c_str());
+    Link("/etc", "/tmp/sms/send_fail");
     GiveToSomebody("/tmp/sms/send_fail");
     world.shell.clear();
     MakeSpoolDirectories({kSmsSendDirectory, kSmsFailDirectory});
@@ -251,7 +252,7 @@ TEST_F(Listing, NoDirectoryIsMadeBehindSomebodysLink) {
 TEST_F(Listing, NothingIsDeletedBehindALinkThatAppearedSince) {
     PutToSend("passwd", "root");
     std::filesystem::rename(Real("/tmp/sms/send"), Real("/tmp/sms/etc"));
-    symlink("etc", Real("/tmp/sms/send").c_str());
+    Link("etc", "/tmp/sms/send");
     GiveToSomebody("/tmp/sms/send");
     DeleteSpoolFile(kSmsSendDirectory, "passwd");
     EXPECT_TRUE(Exists("/tmp/sms/etc/passwd"));
@@ -294,9 +295,9 @@ TEST_F(Ageing, GoesByTheChangeOfStatusNotOfContent) {
 }
 
 TEST_F(Ageing, TakesADanglingLinkForAncientAndRemovesTheLinkOnly) {
-    symlink("/nowhere/at/all", Real("/tmp/sms/recv/link").c_str());
+    Link("/nowhere/at/all", "/tmp/sms/recv/link");
     Put("/tmp/sms/target", "precious");
-    symlink(Real("/tmp/sms/target").c_str(), Real("/tmp/sms/recv/old").c_str());
+    Link(Real("/tmp/sms/target"), "/tmp/sms/recv/old");
     SetAge("/tmp/sms/recv/old", 86401);
     DeleteOldSmSFiles(kSmsReceiveDirectory);
     EXPECT_EQ(Names(kSmsReceiveDirectory), Lines{});
