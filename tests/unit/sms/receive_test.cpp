@@ -248,16 +248,28 @@ TEST_F(Receiving, AFailedWriteIsNotNoticed) {
 }
 
 TEST_F(Receiving, NoPlantedLinkLeadsOutOfTheSpool) {
-    Put("/tmp/sms/precious", "keep me");
-    const std::string target = Real("/tmp/sms/precious");
-    Link(target, "/tmp/sms/recv/sms_msg20260314-091500.1");
-    g_Cp_SmsQueue->push_back({0, "1", "t", "a\n"});
-    g_Cp_SmsQueue->push_back({0, "1", "t", "b\n"});
-    ASSERT_EQ(link(target.c_str(), Real("/tmp/sms/recv/sms_msg20260314-091500.2").c_str()), 0);
+    Put("/tmp/sms/one", "keep me");
+    Put("/tmp/sms/two", "keep me");
+    Link("/nowhere/at/all", "/tmp/sms/recv/sms_msg20260314-091500.3");
+    Link(Real("/tmp/sms/one"), "/tmp/sms/recv/sms_msg20260314-091500.1");
+    std::filesystem::create_hard_link(Real("/tmp/sms/two"),
+                                      Real("/tmp/sms/recv/sms_msg20260314-091500.2"));
+    for (const char* text : {"a\n", "b\n", "c\n"}) {
+        g_Cp_SmsQueue->push_back({0, "1", "t", text});
+    }
     WriteOutQueuedSmsMessages();
-    EXPECT_EQ(Content("/tmp/sms/precious"), "keep me");
+    EXPECT_EQ(Content("/tmp/sms/one"), "keep me");
+    EXPECT_EQ(Content("/tmp/sms/two"), "keep me");
     EXPECT_EQ(Content("/tmp/sms/recv/sms_msg20260314-091500.1"), "FROM=1\nTIME=t\nMSG=a\n");
     EXPECT_EQ(Content("/tmp/sms/recv/sms_msg20260314-091500.2"), "FROM=1\nTIME=t\nMSG=b\n");
+    EXPECT_EQ(Content("/tmp/sms/recv/sms_msg20260314-091500.3"), "FROM=1\nTIME=t\nMSG=c\n");
+}
+
+TEST_F(Receiving, AnOlderFileOfTheSameNameIsReplaced) {
+    Put("/tmp/sms/recv/sms_msg20260314-091500.1", std::string(1000, 'x'));
+    g_Cp_SmsQueue->push_back({0, "1", "t", "a\n"});
+    WriteOutQueuedSmsMessages();
+    EXPECT_EQ(Content("/tmp/sms/recv/sms_msg20260314-091500.1"), "FROM=1\nTIME=t\nMSG=a\n");
 }
 
 TEST_F(Receiving, AFifoInTheFilesPlaceDoesNotHoldTheDaemonUp) {

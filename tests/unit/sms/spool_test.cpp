@@ -1,5 +1,6 @@
 #include "sms/spool.h"
 
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -154,6 +155,14 @@ TEST_F(SendFile, ThatIsEmptyADirectoryOrAFifoReadsAsEmpty) {
                              " is invalid, does not contain a 'MSG=' "
                              "field."}));
     }
+}
+
+TEST_F(SendFile, ThatIsAFifoIsNotReadEvenWhenSomebodyFillsIt) {
+    ASSERT_EQ(mkfifo(Real(path_).c_str(), 0600), 0);
+    const int fd = open(Real(path_).c_str(), O_RDWR | O_NONBLOCK);
+    ASSERT_EQ(write(fd, "TO=1\nMSG=x\n", 11), 11);
+    EXPECT_FALSE(ReadSmsSendFile(path_, to_, message_));
+    close(fd);
 }
 
 TEST_F(SendFile, ThatIsASocketOrADanglingLinkCannotBeOpened) {
