@@ -96,9 +96,4 @@ std::string ControlLanguage::Help(const Words&) {
     return "ok: words" + text;
 }
 
-std::string Modem::Control(std::string_view line, Micros now) {
-    Advance(now);
-    return ControlLanguage(this).Run(line);
-}
-
 }  // namespace sim

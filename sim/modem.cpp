@@ -264,14 +264,14 @@ std::string Modem::Remember(const std::string& command) {
     return key;
 }
 
+// An exact command goes before a pattern; what has nothing left to say is passed over.
 Modem::Overrides* Modem::FindOverrides(const std::string& command) {
     if (overrides_.empty()) return nullptr;
     const auto exact = overrides_.find(command);
-    if (exact != overrides_.end()) return &exact->second;
+    if (exact != overrides_.end() && exact->second.HasReply()) return &exact->second;
     for (const std::string& pattern : override_patterns_) {
-        if (StartsWith(command, std::string_view(pattern).substr(0, pattern.size() - 1))) {
-            return &overrides_[pattern];
-        }
+        if (!StartsWith(command, std::string_view(pattern).substr(0, pattern.size() - 1))) continue;
+        if (overrides_[pattern].HasReply()) return &overrides_[pattern];
     }
     return nullptr;
 }
@@ -283,10 +283,8 @@ std::optional<Reply> Modem::TakeOverride(const std::string& command) {
     if (!found->once.empty()) {
         answer = std::move(found->once.front());
         found->once.pop_front();
-    } else if (found->always) {
-        answer = *found->always;
     } else {
-        return std::nullopt;
+        answer = *found->always;
     }
     Reply reply;
     reply.raw = true;

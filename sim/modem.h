@@ -83,6 +83,7 @@ class Modem {
     struct Overrides {
         std::deque<Override> once;
         std::optional<Override> always;
+        bool HasReply() const { return !once.empty() || always; }
     };
     // The answer under way; the next command waits until it is out.
     struct Pending {

@@ -7,6 +7,11 @@
 
 namespace sim {
 
+std::string Modem::Control(std::string_view line, Micros now) {
+    Advance(now);
+    return ControlLanguage(this).Run(line);
+}
+
 Modem::Announced Modem::Now() const {
     return {static_cast<int>(state_.radio.registration), state_.radio.lac, state_.radio.cell,
             state_.radio.Csq()};

@@ -47,7 +47,7 @@ context 1 IP internet
 
 > AT+COPS?
 when in-service=1
-delay 40ms
+delay 20ms
 < +COPS: 0,0,"{operator-now}"
 < OK
 > AT+COPS?
@@ -82,7 +82,7 @@ when sim=locked
 
 > AT+CNUM
 when sim=ready
-delay 40ms
+delay 20ms
 < +CNUM: "Line 1","{mdn}",129
 < OK
 > AT+CNUM
