@@ -14,7 +14,9 @@ namespace {
 
 using S = GlobalStats;
 
-// Emptied before either command; the fields that other queries fill, too, are not among them.
+// Emptied before either command. rssi, lte_rsrp, lte_rsrq, serving_cell and location_area_code are
+// deliberately not among them: other queries fill them, too, and their last value stays published.
+// system_mode is among them, so what $NWRAT said of it on the E371 is gone before it is published.
 constexpr StatsText kResetFields[] = {
     &S::poweron_time,
     &S::bootup_time,
@@ -111,8 +113,8 @@ constexpr StatusRow kStatusRows[] = {
 };
 // clang-format on
 
-// The system mode counts as it stands at this moment: set by an earlier line of the page, by this
-// line, or left over from another query. Deliberate.
+// The system mode counts as it stands at this moment, set by an earlier row of this line or by an
+// earlier line of the page: deliberate, the lines above "System mode:" are read as WCDMA ones.
 bool Applies(When when) {
     switch (when) {
         case When::kAlways:
