@@ -65,7 +65,7 @@ std::optional<Reply> HandlePin(State& state, const Command& command) {
     if (command.form != Form::kSet) return std::nullopt;
     if (state.radio.sim == Sim::kReady) return CmeError(3);
     if (command.Text(0) != state.Setting("pin")) return CmeError(16);
-    state.radio.sim = Sim::kReady;
+    state.radio.Insert(Sim::kReady);
     return Ok();
 }
 

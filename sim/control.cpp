@@ -147,7 +147,7 @@ std::string ControlLanguage::Cell(const Words& words) {
 std::string ControlLanguage::SetSim(const Words& words) {
     for (const Sim sim : {Sim::kReady, Sim::kAbsent, Sim::kLocked}) {
         if (words[0] != SimName(sim)) continue;
-        modem_.state_.radio.sim = sim;
+        modem_.state_.radio.Insert(sim);
         return kOk;
     }
     return ErrorText("the SIM is ready, absent or locked");

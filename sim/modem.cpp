@@ -12,6 +12,9 @@ namespace {
 // What a host may send ahead while a command is at work; the rest is lost, as in a real modem.
 constexpr std::size_t kInputRoom = 65536;
 
+// A host may ask the same wrong thing for days; the first few thousand tell enough.
+constexpr std::size_t kMostUnexpected = 5000;
+
 constexpr const char* kBodyKey = "<BODY>";
 
 bool EndsWith(std::string_view text, std::string_view end) {
@@ -188,26 +191,25 @@ void Modem::Hear(const std::string& line) {
 // Commands may share a line, as in "AT+CMEE=1;+CREG?": the answers are joined, and the first
 // that fails ends the line.
 Reply Modem::ReplyToLine(const std::string& command) {
-    if (const auto reply = ReplyToCommand(command)) return *reply;
     const std::vector<std::string> parts = SplitOutsideQuotes(command.substr(2), ';');
-    if (parts.size() == 1) {
-        unexpected_.push_back(command);
-        return Error();
-    }
+    if (parts.size() == 1) return ReplyOrError(command);
+    if (auto reply = TakeOverride(command)) return *reply;
     Reply whole;
     for (const std::string& part : parts) {
-        auto reply = ReplyToCommand("AT" + part);
-        if (!reply) {
-            unexpected_.push_back("AT" + part);
-            reply = Error();
-        }
-        if (!whole.info.empty() && !reply->info.empty()) whole.info += "\r\n";
-        whole.info += reply->info;
-        whole.delay = std::max(whole.delay, reply->delay);
-        whole.result = reply->result;
+        const Reply reply = ReplyOrError("AT" + part);
+        if (!whole.info.empty() && !reply.info.empty()) whole.info += "\r\n";
+        whole.info += reply.info;
+        whole.delay = std::max(whole.delay, reply.delay);
+        whole.result = reply.result;
         if (whole.result != "OK") break;
     }
     return whole;
+}
+
+Reply Modem::ReplyOrError(const std::string& command) {
+    if (auto reply = ReplyToCommand(command)) return *reply;
+    if (unexpected_.size() < kMostUnexpected) unexpected_.push_back(command);
+    return Error();
 }
 
 std::optional<Reply> Modem::ReplyToCommand(const std::string& command) {

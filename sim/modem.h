@@ -62,7 +62,8 @@ class Modem {
     void ClearHeard() { heard_.clear(); }
     void SetHeardLimit(std::size_t lines) { heard_limit_ = lines; }
 
-    // Commands that neither override, state nor profile knew; they were answered ERROR.
+    // Commands that neither override, state nor profile knew; they were answered ERROR. The first
+    // 5000 are kept.
     const std::vector<std::string>& Unexpected() const { return unexpected_; }
 
     const std::vector<SentSms>& SentMessages() const { return state_.sent; }
@@ -113,6 +114,7 @@ class Modem {
     void Hear(const std::string& line);
 
     Reply ReplyToLine(const std::string& command);
+    Reply ReplyOrError(const std::string& command);
     std::optional<Reply> ReplyToCommand(const std::string& command);
     std::optional<Reply> TakeOverride(const std::string& command);
     std::optional<Reply> AnswerFromProfile(const std::vector<ScriptedAnswer>& answers) const;

@@ -14,7 +14,7 @@ std::string Modem::Control(std::string_view line, Micros now) {
 
 Modem::Announced Modem::Now() const {
     return {static_cast<int>(state_.radio.registration), state_.radio.lac, state_.radio.cell,
-            state_.radio.Csq()};
+            state_.radio.csq};
 }
 
 void Modem::Changed() {

@@ -133,7 +133,9 @@ class Reader {
         if (!profile_->drive.empty() && profile_->drive.back().at > *at) {
             Fail("steps must be in order of time");
         }
-        profile_->drive.push_back({*at, Trim(text.substr(blank))});
+        const std::string control = Trim(text.substr(blank));
+        if (control == "repeat" && *at == 0) Fail("a drive cannot repeat without end at once");
+        profile_->drive.push_back({*at, control});
     }
 
     void StartAnswer(const std::string& text) {

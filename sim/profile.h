@@ -3,7 +3,7 @@
 // A profile is a text file, read line by line:
 //
 //   include base                     another profile first; what follows overrides it
-//   imei = 001017000000018           a setting
+//   imei = 001017000000003           a setting
 //   context 1 IP internet            a PDP context: number, type, APN
 //   at 40s signal 12                 a step of the drive: time from its start, a control line
 //   > AT!GSTATUS?                    the host says (a '*' at the end: whatever follows)

@@ -45,12 +45,11 @@ double Radio::Ecio() const {
 }
 
 int Radio::SignalIndicator() const {
-    const int level = Csq();
-    if (level == 99 || level == 0) return 0;
-    if (level < 10) return 1;
-    if (level < 18) return 2;
-    if (level < 26) return 3;
-    return level < 30 ? 4 : 5;
+    if (csq == 99 || csq == 0) return 0;
+    if (csq < 10) return 1;
+    if (csq < 18) return 2;
+    if (csq < 26) return 3;
+    return csq < 30 ? 4 : 5;
 }
 
 int Radio::ServiceStatusOfSysinfo() const {
@@ -79,6 +78,13 @@ void Radio::Register(Registration state) {
 void Radio::LoseService() {
     access = Access::kNone;
     if (IsRegistered()) registration = Registration::kSearching;
+}
+
+void Radio::Insert(Sim state) {
+    const bool was_ready = sim == Sim::kReady;
+    sim = state;
+    if (was_ready && sim != Sim::kReady) Register(Registration::kNotSearching);
+    if (!was_ready && sim == Sim::kReady) Register(Registration::kHome);
 }
 
 const char* AccessName(Access access) {

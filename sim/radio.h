@@ -36,9 +36,8 @@ struct Radio {
     bool HasService() const {
         return IsRegistered() && access != Access::kNone && sim == Sim::kReady;
     }
-    bool HasSignal() const { return csq != 99 && access != Access::kNone; }
+    bool HasSignal() const { return csq != 99; }
 
-    int Csq() const { return HasSignal() ? csq : 99; }
     int Rssi() const;                    // dBm, negative
     int Rsrp() const;                    // dBm, negative
     int Rsrq() const;                    // dB, negative
@@ -50,6 +49,7 @@ struct Radio {
 
     void Register(Registration state);
     void LoseService();
+    void Insert(Sim state);  // without a ready SIM there is no registration
 };
 
 const char* AccessName(Access access);  // "none", "gsm", "edge", "wcdma", "hspa", "lte"

@@ -24,7 +24,8 @@ Micros MonotonicNow() {
 int OpenSignals() {
     sigset_t wanted;
     sigemptyset(&wanted);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGCHLD}) sigaddset(&wanted, signal);
+    signal(SIGPIPE, SIG_IGN);  // whoever reads our standard output may go first
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGCHLD}) sigaddset(&wanted, number);
     sigprocmask(SIG_BLOCK, &wanted, nullptr);
     return signalfd(-1, &wanted, SFD_NONBLOCK | SFD_CLOEXEC);
 }
@@ -67,10 +68,11 @@ Runner::Runner(const RunOptions& options)
       modem_(LoadProfile(options.profile), options.seed),
       port_(options.link),
       control_(options.control, [this](const std::string& line) {
-          const std::string answer = modem_.Control(line, MonotonicNow());
-          Log('!', line);
-          return answer;
+          if (!line.empty()) Log('!', line);
+          return modem_.Control(line, MonotonicNow());
       }) {
+    constexpr std::size_t kHeardLines = 100000;
+    modem_.SetHeardLimit(kHeardLines);
     log_ = OpenLog(options.log);
     signals_ = OpenSignals();
     modem_.SetClock(std::time(nullptr), MonotonicNow());

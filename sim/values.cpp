@@ -67,7 +67,7 @@ std::string TimeOfDay(const CivilTime& t) {
 const std::unordered_map<std::string, Reader>& Readers() {
     static const std::unordered_map<std::string, Reader> readers = {
         // signal
-        {"csq", [](const State& s) { return Number(s.radio.Csq()); }},
+        {"csq", [](const State& s) { return Number(s.radio.csq); }},
         {"ber", [](const State& s) { return Number(s.radio.HasSignal() ? s.radio.ber : 99); }},
         {"rssi", [](const State& s) { return Number(s.radio.Rssi()); }},
         {"rssi-plain", [](const State& s) { return Number(-s.radio.Rssi()); }},

@@ -4,7 +4,7 @@ include novatel
 
 model = E362
 revision = E362-T1.0 Apr 2 2026
-imei = 001017036200018
+imei = 001017036200015
 mdn = 2015550136
 service.lte = LTE
 

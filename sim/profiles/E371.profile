@@ -4,7 +4,7 @@ include novatel
 
 model = E371
 revision = E371-T2.1 Feb 9 2026
-imei = 001017037100017
+imei = 001017037100016
 mdn = 2015550137
 
 # mode, domain, current state

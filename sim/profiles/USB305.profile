@@ -6,7 +6,7 @@ include wcdma_town
 
 model = USB305
 revision = L1_0_2_1 TEST 2026/01/19
-imei = 001017030500016
+imei = 001017030500014
 mdn = 2015550135
 best-access = hspa
 service.hspa = HSPA

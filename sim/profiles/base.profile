@@ -5,9 +5,9 @@
 manufacturer = Example Modems
 model = Generic
 revision = 1.0.0
-imei = 001017000000008
+imei = 001017000000003
 imsi = 001010123456789
-iccid = 8900101000000000017
+iccid = 8900101000000000019
 mdn = 2015550123
 pin = 1234
 

@@ -5,7 +5,7 @@ include base
 manufacturer = Cinterion
 model = MC75i
 revision = REVISION 01.201
-imei = 001017007500019
+imei = 001017007500013
 mdn = 2015550175
 best-access = edge
 
@@ -19,7 +19,3 @@ delay 60ms
 < OK
 > AT^SCID
 < +CME ERROR: 10
-
-> AT^SMONI
-< ^SMONI: 2G,512,-{csq},{plmn},{lac},{cell}
-< OK
