@@ -1,0 +1,28 @@
+// The main function of every scenario program.
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+#include "rig/private_root.h"
+#include "rig/program.h"
+
+namespace {
+
+// A report that was asked for must land on the machine's disk.
+std::string ReportFolder() {
+    const std::string output = GTEST_FLAG_GET(output);
+    const auto colon = output.find(':');
+    if (colon == std::string::npos) return std::filesystem::current_path();
+    return std::filesystem::absolute(output.substr(colon + 1)).parent_path();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    ::testing::InitGoogleMock(&argc, argv);
+    const std::string daemon = std::filesystem::absolute(rig::DaemonProgram());
+    const std::string daemon_folder = std::filesystem::path(daemon).parent_path();
+    return rig::RunInPrivateRoot({RIG_SOURCE, RIG_BUILD, daemon_folder, ReportFolder()},
+                                 [] { return RUN_ALL_TESTS(); });
+}

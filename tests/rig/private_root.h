@@ -1,0 +1,25 @@
+// A root of its own for a test program: private mount, pid and network namespaces in which the
+// folders that the daemon works in are empty and in memory. Works for root, and for a normal user
+// where the kernel allows user namespaces. The machine's files, clock and network stay out of
+// reach: CAP_SYS_TIME is dropped, and the only network device is a loopback that is down.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace rig {
+
+// Runs `body` in such a root, as a process of its own, and returns its exit status; 1 with a
+// message on standard error when the namespaces cannot be had. Folders in `keep`, and the current
+// one, stay reachable under their names even when they lie in a folder that is covered.
+int RunInPrivateRoot(std::vector<std::string> keep, const std::function<int()>& body);
+
+// Removes all that lies in the private folders: /var/log, /var/run, /tmp, /etc/kvt and /etc/ssh.
+// Kept folders are left alone. Does nothing outside a private root.
+void EmptyPrivateFolders();
+
+// True behind RunInPrivateRoot. Nothing of the rig writes an absolute path elsewhere.
+bool InPrivateRoot();
+
+}  // namespace rig
