@@ -1,0 +1,70 @@
+# Shared by the commands in this folder: what they need from Debian, and how they build.
+# shellcheck shell=bash disable=SC2034
+
+# What a tool or header is called and the package that brings it.
+readonly BUILD_NEEDS='cmake:cmake g++:g++ ninja:ninja-build python3:python3'
+readonly ROUTER_NEEDS='busybox:busybox-static unshare:util-linux ip:iproute2 dnsmasq:dnsmasq-base'
+readonly TEST_NEEDS='/usr/include/gtest/gtest.h:libgtest-dev /usr/include/gmock/gmock.h:libgmock-dev
+    readelf:binutils'
+
+step() {
+    echo "==> $*"
+}
+
+is_there() {
+    case $1 in
+        /*) [[ -e $1 ]] ;;
+        # The plain busybox package has no DHCP client and no DHCP server; the static one has.
+        busybox) command -v busybox >/dev/null && busybox --list | grep -qx udhcpc ;;
+        *) PATH=$PATH:/usr/sbin:/sbin command -v "$1" >/dev/null ;;
+    esac
+}
+
+# need_packages "THING:PACKAGE ..."...: installs the packages of the things that are missing.
+need_packages() {
+    local pair packages=() as_root=()
+    # shellcheck disable=SC2048,SC2086  # lists of words
+    for pair in $*; do
+        is_there "${pair%%:*}" || packages+=("${pair#*:}")
+    done
+    [[ ${#packages[@]} -gt 0 ]] || return 0
+    if [[ $EUID -ne 0 ]]; then
+        command -v sudo >/dev/null || {
+            echo "Missing Debian packages: ${packages[*]}. Install them, or run this as root." >&2
+            return 1
+        }
+        as_root=(sudo)
+    fi
+    step "installing Debian packages: ${packages[*]}"
+    local install=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq
+        --no-install-recommends -o DPkg::Lock::Timeout=300 "${packages[@]}")
+    "${install[@]}" >/dev/null 2>&1 </dev/null && return 0
+    "${as_root[@]}" apt-get update -qq -o DPkg::Lock::Timeout=300 </dev/null
+    "${install[@]}" >/dev/null </dev/null
+}
+
+# build PRESET [CMAKE OPTION...] [-- TARGET...]: configures once, then builds what has changed.
+build() {
+    local preset=$1 options=() targets=()
+    shift
+    while [[ $# -gt 0 && $1 != -- ]]; do
+        options+=("$1")
+        shift
+    done
+    [[ $# -eq 0 ]] || { shift; targets=(--target "$@"); }
+    local log=build/$preset/build.log
+    mkdir -p "build/$preset"
+    if [[ ! -e build/$preset/CMakeCache.txt || ${#options[@]} -gt 0 ]]; then
+        step "configuring build/$preset"
+        # A tree that was configured before keeps its generator.
+        local generator=()
+        [[ -e build/$preset/CMakeCache.txt ]] || generator=(-G Ninja)
+        cmake --preset "$preset" "${generator[@]}" "${options[@]}" >"$log" 2>&1 ||
+            { cat "$log" >&2; return 1; }
+    fi
+    step "building build/$preset"
+    if ! cmake --build "build/$preset" --parallel "$(nproc)" "${targets[@]}" >"$log" 2>&1; then
+        tail -n 60 "$log" >&2
+        return 1
+    fi
+}

@@ -1,0 +1,99 @@
+"""The daemon from start to end on a small router: files, pid file, signals, exit status."""
+
+import os
+import unittest
+
+from sandbox import BUILD, Router
+
+DEVICE = "/dev/ttyUSB0"
+
+
+class Usage(unittest.TestCase):
+    def test_a_person_without_a_device_path_learns_how_to_start_it(self):
+        with Router() as router:
+            line = f"{BUILD}/modemd; echo status=$?"
+            output = router.shell(f"({line}) 2>&1")
+            self.assertIn("status=1", output)
+            self.assertIn("No /dev/device path given, exiting", router.log())
+
+
+class Life(unittest.TestCase):
+    """One run with a modem that has no data call, step by step."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.router = Router("881")
+        cls.router.start_daemon("-881", DEVICE)
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.router.close()
+
+    def test_1_publishes_what_the_modem_says(self):
+        router = self.router
+        router.wait_for(lambda: router.exists("/var/log/lightbar"), "the lightbar")
+        router.wait_for(lambda: "CELLMODEM_CREG_ABR" in router.statistics(), "the statistics")
+        for key in ("CELLMODEM_IMEI", "CELLMODEM_MODEL", "CELLMODEM_CARRIER"):
+            self.assertNotIn(router.statistics().get(key, ""), ("", "Unknown"), key)
+        self.assertEqual(router.read("/var/log/wireless.serialno").strip(),
+                         router.statistics()["CELLMODEM_IMEI"])
+
+    def test_2_follows_the_registration(self):
+        router = self.router
+        status = "/var/log/wirelessactivation_status"
+        router.wait_for(lambda: router.read(status) == "Reg Home\n", "the home network")
+        router.ctl("deregister")
+        router.wait_for(lambda: router.read(status) != "Reg Home\n", "the loss of the network")
+        router.ctl("register", "roaming")
+        router.wait_for(lambda: router.read(status) == "Reg Roam\n", "roaming")
+
+    def test_3_follows_the_signal(self):
+        router = self.router
+        router.ctl("signal", "7")
+        router.wait_for(lambda: router.statistics()["CELLMODEM_LOWSPEED_CSQ"] == "7",
+                        "the weak signal")
+        weak = router.read("/var/log/lightbar")
+        router.ctl("signal", "28")
+        router.wait_for(lambda: router.statistics()["CELLMODEM_LOWSPEED_CSQ"] == "28",
+                        "the strong signal")
+        router.wait_for(lambda: router.read("/var/log/lightbar") != weak, "the lightbar")
+
+    def test_4_a_second_copy_ends_at_once(self):
+        output = self.router.shell(f"{BUILD}/modemd -881 {DEVICE}; echo status=$?")
+        self.assertIn("status=255", output)
+        self.assertIn("Another modemd process is already running, exiting", self.router.log())
+
+    def test_5_a_modem_that_falls_silent_is_survived(self):
+        router = self.router
+        router.ctl("silence", "8s")
+        before = len(router.heard())
+        router.wait_for(lambda: len(router.heard()) > before + 10, "commands after the silence")
+        router.ctl("signal", "15")
+        router.wait_for(lambda: router.statistics()["CELLMODEM_LOWSPEED_CSQ"] == "15",
+                        "the answer after the silence")
+
+    def test_6_ends_cleanly_on_sigterm(self):
+        router = self.router
+        router.signal_daemon("TERM")
+        self.assertEqual(router.wait_for_exit(), 0)
+        self.assertEqual(router.read("/var/log/lightbar"), "")
+        left = [name for name in os.listdir(router.path("/var/log"))
+                if name.startswith("wireless.")]
+        self.assertEqual(left, [])
+        self.assertTrue(router.exists("/var/run/modemd.pid"))
+        self.assertEqual(router.log()[-3:],
+                         ["received SIGINT/SIGTERM", "doing cleanup and exiting", "exit"])
+        self.assertEqual(router.read("/run/output"), "")
+
+
+class NoModem(unittest.TestCase):
+    def test_gives_up_after_five_attempts_and_asks_for_a_reset(self):
+        with Router() as router:
+            router.start_daemon("/dev/ttyNONE")
+            self.assertEqual(router.wait_for_exit(), 255)
+            self.assertIn("Failed to open port 5 times, exiting", router.log())
+            router.wait_for(lambda: router.recorded() == ["ResetPCMCIA now"], "the reset")
+
+
+if __name__ == "__main__":
+    unittest.main()

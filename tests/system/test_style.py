@@ -1,0 +1,147 @@
+"""The house rules that a program can check, so that people need not."""
+
+import pathlib
+import re
+import subprocess
+import unittest
+
+from sandbox import BUILD, PROJECT
+
+SOURCE = PROJECT / "src"
+CODE = (".h", ".cpp")
+TEXT = (*CODE, ".c", ".md", ".py", ".sh", ".txt", ".cmake", ".json", ".profile", ".8", ".1", "")
+
+# A folder may include from itself and from these.
+ARROWS = {
+    "support": set(),
+    "modem": {"support"},
+    "status": {"support", "modem"},
+    "connection": {"support", "modem", "status"},
+    "sms": {"support", "modem"},
+    "core": {"support", "modem", "status", "connection", "sms"},
+}
+# Plain data that everyone reads; the modem reset; registration's call to the DHCP client.
+EXCEPTIONS = {
+    "core/settings.h": set(ARROWS),
+    "core/shutdown.h": {"connection"},
+    "connection/dhcp_client.h": {"status"},
+}
+# Work left open, and words about papers that a reader of this tree does not have.
+FORBIDDEN = re.compile(r"\bspec(?:ification)?s?\b|\bpart [0-9]\.[0-9]|\bissue #?[0-9]+"
+                       r"|\b(?:TODO|FIXME|XXX|HACK)\b", re.IGNORECASE)
+LIBRARIES = {"libc.so.6", "libstdc++.so.6", "libm.so.6", "libgcc_s.so.1"}
+SANITIZERS = {"libasan.so.8", "libubsan.so.1"}
+
+
+def code_files(folder):
+    return sorted(p for p in folder.rglob("*") if p.suffix in CODE)
+
+
+def tracked_files():
+    """Every text file that belongs to the project: known to git, or about to be."""
+    listing = subprocess.run(["git", "-C", str(PROJECT), "ls-files", "-co", "--exclude-standard"],
+                             capture_output=True, text=True, check=False)
+    names = listing.stdout.splitlines()
+    if listing.returncode != 0:  # an unpacked archive
+        names = [str(p.relative_to(PROJECT)) for p in PROJECT.rglob("*") if p.is_file()]
+        names = [n for n in names if not n.startswith(("build/", ".git/"))]
+    paths = [PROJECT / name for name in names]
+    return [p for p in paths if p.is_file() and p.suffix in TEXT]
+
+
+def includes(path):
+    return re.findall(r'^\s*#include "([^"]+)"', path.read_text(), re.MULTILINE)
+
+
+class Includes(unittest.TestCase):
+    def test_arrows_point_the_right_way(self):
+        wrong = []
+        for path in code_files(SOURCE):
+            folder = path.relative_to(SOURCE).parts[0]
+            for header in includes(path):
+                target = header.split("/")[0]
+                allowed = target == folder or target in ARROWS[folder] \
+                    or folder in EXCEPTIONS.get(header, set())
+                if not allowed:
+                    wrong.append(f"{path.relative_to(PROJECT)} includes {header}")
+        self.assertEqual(wrong, [])
+
+    def test_an_include_names_a_file_that_exists(self):
+        wrong = [f"{p.relative_to(PROJECT)}: {h}" for p in code_files(SOURCE)
+                 for h in includes(p) if not (SOURCE / h).is_file()]
+        self.assertEqual(wrong, [])
+
+    def test_no_circles(self):
+        graph = {str(p.relative_to(SOURCE)): includes(p) for p in code_files(SOURCE)}
+        done, path = set(), []
+
+        def visit(name):
+            self.assertNotIn(name, path, "a circle of includes: " + " -> ".join(path))
+            if name in done:
+                return
+            path.append(name)
+            for header in graph.get(name, []):
+                visit(header)
+            path.pop()
+            done.add(name)
+
+        for name in graph:
+            visit(name)
+
+
+class Files(unittest.TestCase):
+    def test_lines_fit_100_columns(self):
+        wrong = []
+        folders = ("src", "sim", "tests", "bench", "tools")
+        for path in (p for folder in folders for p in code_files(PROJECT / folder)):
+            for number, line in enumerate(path.read_text(errors="replace").splitlines(), 1):
+                if len(line) > 100:
+                    wrong.append(f"{path.relative_to(PROJECT)}:{number}")
+        self.assertEqual(wrong, [])
+
+    def test_files_stay_readable(self):
+        wrong = {}
+        for path in code_files(SOURCE) + code_files(PROJECT / "sim"):
+            lines = len(path.read_text().splitlines())
+            if lines > 400:
+                wrong[str(path.relative_to(PROJECT))] = lines
+        self.assertEqual(wrong, {})
+
+    def test_every_room_has_a_header_and_a_test(self):
+        """A room of pure order (the start-up, the loop) is tested by its scenarios."""
+        wrong = []
+        for path in SOURCE.rglob("*.cpp"):
+            if path.name == "main.cpp":
+                continue
+            folder = path.relative_to(SOURCE).parts[0]
+            if not path.with_suffix(".h").is_file():
+                wrong.append(f"{path.relative_to(PROJECT)} has no header")
+            tests = [PROJECT / "tests" / kind / folder / f"{path.stem}_test.cpp"
+                     for kind in ("unit", "scenarios")]
+            if not any(test.is_file() for test in tests):
+                wrong.append(f"{path.relative_to(PROJECT)} has no test")
+        self.assertEqual(sorted(wrong), [])
+
+    def test_no_forbidden_words(self):
+        wrong = []
+        for path in tracked_files():
+            if path == pathlib.Path(__file__).resolve():
+                continue
+            text = path.read_text(errors="replace")
+            for number, line in enumerate(text.splitlines(), 1):
+                if FORBIDDEN.search(line):
+                    wrong.append(f"{path.relative_to(PROJECT)}:{number}: {line.strip()}")
+        self.assertEqual(wrong, [])
+
+
+class Program(unittest.TestCase):
+    def test_links_only_the_language_libraries(self):
+        dynamic = subprocess.run(["readelf", "-d", str(BUILD / "modemd")], check=True,
+                                 capture_output=True, text=True).stdout
+        needed = set(re.findall(r"\(NEEDED\).*\[(.+)\]", dynamic))
+        self.assertTrue(needed)
+        self.assertLessEqual(needed - SANITIZERS, LIBRARIES)
+
+
+if __name__ == "__main__":
+    unittest.main()
