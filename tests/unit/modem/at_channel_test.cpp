@@ -201,9 +201,11 @@ TEST_F(AtChannel, ATransactionWithoutAnswerTakesItsWaitAndSeventyMilliseconds) {
     EXPECT_EQ(SendAtCommand("AT", 0), "");
     EXPECT_EQ(world.slept_us, 70000);
     EXPECT_EQ(g_i_PortErrorCounter, 0);
-    world.slept_us = 0;
-    SendAtCommand("AT", 3);
-    EXPECT_EQ(world.slept_us, 3070000);
+    for (const unsigned wait : {1u, 2u, 5u}) {
+        world.slept_us = 0;
+        SendAtCommand("AT", wait);
+        EXPECT_EQ(world.slept_us, wait * 1000000 + 70000);
+    }
 }
 
 TEST_F(AtChannel, EveryReadThatFindsSomethingAddsFiftyMilliseconds) {
