@@ -206,13 +206,17 @@ std::string World::Control(const std::string& line) {
     return answer;
 }
 
-void World::Unplug(int error) {
+void World::RemoveDevice(int error) {
     device_error_ = error;
-    memory_.unplugged = 1;
 }
 
-void World::Plug() {
+void World::AddDevice() {
     device_error_ = 0;
+}
+
+void World::Unplug() {
+    RemoveDevice();
+    memory_.unplugged = 1;
 }
 
 void World::RepairPort() {
@@ -238,10 +242,10 @@ void World::SetAddress(const std::string& dotted) {
 }
 
 void World::SetTxBytes(std::uint64_t count) {
-    tx_bytes_ = [count](Micros) { return count; };
+    tx_bytes_ = [count](Duration) { return count; };
 }
 
-void World::SetTxBytes(std::function<std::uint64_t(Micros now)> count) {
+void World::SetTxBytes(std::function<std::uint64_t(Duration now)> count) {
     tx_bytes_ = std::move(count);
 }
 

@@ -30,6 +30,7 @@
 #include "rig/daemon_process.h"
 #include "rig/files.h"
 #include "rig/peer.h"
+#include "rig/print_times.h"
 #include "rig/trace.h"
 #include "sim/modem.h"
 
@@ -38,14 +39,6 @@ namespace rig {
 using namespace std::chrono_literals;
 using Duration = std::chrono::microseconds;
 using Action = std::function<void()>;
-
-// Times of the trace: 65_s, 50_ms.
-constexpr Micros operator""_s(unsigned long long seconds) {
-    return static_cast<Micros>(seconds) * 1000000;
-}
-constexpr Micros operator""_ms(unsigned long long milliseconds) {
-    return static_cast<Micros>(milliseconds) * 1000;
-}
 
 // The daemon's arguments word by word, nothing added.
 struct Exactly {
@@ -86,16 +79,14 @@ class World {
     void Stop();  // makes the daemon call exit(0) where it stands
 
     void At(Duration since_start, Action action);
-    void After(Duration from_now, Action action) {
-        At(Duration(Now()) + from_now, std::move(action));
-    }
+    void After(Duration from_now, Action action) { At(Now() + from_now, std::move(action)); }
     void Every(Duration period, Action action);  // first after one period
     void Signal(int number);                     // at once: a sleep is cut short
     // Before the daemon's n-th call of the C library that the rig takes, counted from 1.
     void SignalAtCall(std::uint64_t call, int number);
     std::uint64_t Calls() const { return memory_.calls; }
     void JumpClock(Duration distance);  // the wall clock; the daemon's sleeps do not notice
-    Micros Now() const { return memory_.now; }
+    Duration Now() const { return Duration(memory_.now); }
     std::int64_t WallSeconds() const;  // since 1970
     bool Running() const { return started_ && process_.Running(); }
 
@@ -110,8 +101,9 @@ class World {
     // fails the test. Returns the answer.
     std::string Control(const std::string& line);
 
-    void Unplug(int error = ENOENT);  // an open port is dead, opening it fails with this errno
-    void Plug();                      // it can be opened again; an open port stays dead
+    void RemoveDevice(int error = ENOENT);  // opening it fails
+    void AddDevice();
+    void Unplug();  // the open port is dead, and the device is gone
     // These calls on the port fail from now on, `times` times, or for good below 0.
     void FailWrites(int error, int times = -1) { memory_.write_fault = {error, times}; }
     void FailWaiting(int error, int times = -1) { memory_.waiting_fault = {error, times}; }
@@ -128,7 +120,7 @@ class World {
     void ClearAddress() { memory_.address = 0; }
     void FailSockets(int error, int times = -1) { memory_.socket_fault = {error, times}; }
     void SetTxBytes(std::uint64_t count);
-    void SetTxBytes(std::function<std::uint64_t(Micros now)> count);
+    void SetTxBytes(std::function<std::uint64_t(Duration now)> count);
     void RemoveTxBytes() { tx_bytes_ = nullptr; }
 
     // A handler takes command lines that begin with `start`, in place of what they do else; the
@@ -144,7 +136,7 @@ class World {
     // --- Files --------------------------------------------------------------------------------
     void WriteFile(const std::string& path, const std::string& text) { files_.Write(path, text); }
     static std::string File(const std::string& path) { return Files::Read(path); }
-    static bool FileExists(const std::string& path) { return Files::Exists(path); }
+    static bool Exists(const std::string& path) { return Files::Exists(path); }
     static void RemoveFile(const std::string& path) { Files::Remove(path); }
     void Touch(const std::string& path);
     void SetAge(const std::string& path, Duration age);  // both its times, against the wall clock
@@ -156,18 +148,18 @@ class World {
     void MountReadOnly(const std::string& folder);
 
     // --- What happened ------------------------------------------------------------------------
-    const rig::Trace& Trace() const { return trace_; }
+    const Trace& GetTrace() const { return trace_; }
     std::vector<std::string> Log() const { return trace_.Texts(Kind::kLog); }
     std::vector<std::string> Commands() const;
     std::vector<std::string> CommandsMatching(const std::string& start) const;
     std::vector<std::string> Writes() const { return trace_.Texts(Kind::kWrite); }  // to the port
     std::vector<std::string> Shell() const { return trace_.Texts(Kind::kShell); }
     std::vector<FileVersion> Versions(const std::string& path) const;
-    std::vector<Micros> LogTimes(const std::string& line) const;
-    std::vector<Micros> CommandTimes(const std::string& command) const;
-    std::vector<Micros> ShellTimes(const std::string& line) const;
-    int CountLog(const std::string& line) const;
-    int CountLogContaining(const std::string& part) const;
+    std::vector<Duration> LogTimes(const std::string& line) const;
+    std::vector<Duration> CommandTimes(const std::string& command) const;
+    std::vector<Duration> ShellTimes(const std::string& line) const;
+    std::size_t CountLog(const std::string& line) const;
+    std::size_t CountLogContaining(const std::string& part) const;
     void ClearTrace() { trace_.Clear(); }
     // What the trace keeps; everything but sleeps else. Long runs keep less.
     void Keep(std::initializer_list<Kind> kinds);
@@ -224,7 +216,7 @@ class World {
     DaemonProcess process_;
     Shared& memory_;
     Files files_;
-    rig::Trace trace_;
+    Trace trace_;
     std::unique_ptr<sim::Modem> modem_;
     std::unique_ptr<Peer> peer_;
 
@@ -243,7 +235,7 @@ class World {
     bool unknown_allowed_ = false;
     std::optional<Micros> uptime_;                  // when the daemon was started
     std::map<std::string, std::string> processes_;  // path below /proc, content
-    std::function<std::uint64_t(Micros)> tx_bytes_;
+    std::function<std::uint64_t(Duration)> tx_bytes_;
     std::vector<Handler> shell_handlers_;
     Duration shell_takes_ = Duration::zero();
     bool in_shell_ = false;  // a command takes time: signals wait for its end

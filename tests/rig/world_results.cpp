@@ -9,10 +9,18 @@
 
 namespace rig {
 
+namespace {
+
+std::vector<Duration> ToDurations(const std::vector<Micros>& times) {
+    return std::vector<Duration>(times.begin(), times.end());
+}
+
+}  // namespace
+
 bool World::RunUntilLog(const std::string& line, Duration limit) {
-    const int before = CountLog(line);
+    const std::size_t before = CountLog(line);
     std::size_t looked = trace_.Events().size();
-    int found = before;
+    std::size_t found = before;
     const bool held = RunUntil(
         [&] {
             for (; looked < trace_.Events().size(); ++looked) {
@@ -57,31 +65,31 @@ std::vector<FileVersion> World::Versions(const std::string& path) const {
     return trace_.Versions(path);
 }
 
-std::vector<Micros> World::LogTimes(const std::string& line) const {
-    return trace_.Times(Kind::kLog, line);
+std::vector<Duration> World::LogTimes(const std::string& line) const {
+    return ToDurations(trace_.Times(Kind::kLog, line));
 }
 
-std::vector<Micros> World::ShellTimes(const std::string& line) const {
-    return trace_.Times(Kind::kShell, line);
+std::vector<Duration> World::ShellTimes(const std::string& line) const {
+    return ToDurations(trace_.Times(Kind::kShell, line));
 }
 
-std::vector<Micros> World::CommandTimes(const std::string& command) const {
-    std::vector<Micros> times;
+std::vector<Duration> World::CommandTimes(const std::string& command) const {
+    std::vector<Duration> times;
     for (const Command& one : trace_.Commands()) {
-        if (one.text == command) times.push_back(one.at);
+        if (one.text == command) times.emplace_back(one.at);
     }
     return times;
 }
 
-int World::CountLog(const std::string& line) const {
-    return static_cast<int>(trace_.Times(Kind::kLog, line).size());
+std::size_t World::CountLog(const std::string& line) const {
+    return trace_.Times(Kind::kLog, line).size();
 }
 
-int World::CountLogContaining(const std::string& part) const {
+std::size_t World::CountLogContaining(const std::string& part) const {
     const std::vector<std::string> lines = Log();
-    return static_cast<int>(std::count_if(lines.begin(), lines.end(), [&](const std::string& line) {
-        return line.find(part) != std::string::npos;
-    }));
+    return static_cast<std::size_t>(std::count_if(
+        lines.begin(), lines.end(),
+        [&](const std::string& line) { return line.find(part) != std::string::npos; }));
 }
 
 void World::Keep(std::initializer_list<Kind> kinds) {
