@@ -1,4 +1,4 @@
-// Small text helpers that every room of the simulated modem shares.
+// Small text functions that every room of the simulated modem shares.
 #pragma once
 
 #include <cstdint>

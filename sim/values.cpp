@@ -64,70 +64,79 @@ std::string TimeOfDay(const CivilTime& t) {
     return Print("%02d:%02d:%02d", t.hour, t.minute, t.second);
 }
 
+struct Row {
+    const char* name;
+    Reader read;
+};
+
+constexpr Row kRows[] = {
+    // signal
+    {"csq", [](const State& s) { return Number(s.radio.csq); }},
+    {"ber", [](const State& s) { return Number(s.radio.HasSignal() ? s.radio.ber : 99); }},
+    {"rssi", [](const State& s) { return Number(s.radio.Rssi()); }},
+    {"rssi-plain", [](const State& s) { return Number(-s.radio.Rssi()); }},
+    {"rsrp", [](const State& s) { return Number(s.radio.Rsrp()); }},
+    {"rsrq", [](const State& s) { return Number(s.radio.Rsrq()); }},
+    {"ecio", [](const State& s) { return Print("%.1f", s.radio.Ecio()); }},
+    {"indicator", [](const State& s) { return Number(s.radio.SignalIndicator()); }},
+    // registration and service
+    {"access", AccessWord},
+    {"service", ServiceText},
+    {"registration", [](const State& s) { return Number(static_cast<int>(s.radio.registration)); }},
+    {"registered", [](const State& s) { return Number(s.radio.IsRegistered()); }},
+    {"in-service", [](const State& s) { return Number(s.radio.HasService()); }},
+    {"roaming", [](const State& s) { return Number(IsRoaming(s)); }},
+    {"lac", [](const State& s) { return Print("%04X", s.radio.lac); }},
+    {"lac-decimal", [](const State& s) { return Print("%u", s.radio.lac); }},
+    {"cell", [](const State& s) { return Print("%08X", s.radio.cell); }},
+    {"cell-decimal", [](const State& s) { return Print("%u", s.radio.cell); }},
+    {"operator-now", Operator},
+    {"plmn-now", Plmn},
+    {"plmn-spaced", SpacedPlmn},
+    {"sysinfo-status", [](const State& s) { return Number(s.radio.ServiceStatusOfSysinfo()); }},
+    {"sysinfo-domain", [](const State& s) { return Number(s.radio.HasService() ? 3 : 0); }},
+    {"sysinfo-mode", [](const State& s) { return Number(s.radio.SystemModeOfSysinfo()); }},
+    {"sysinfo-sim", [](const State& s) { return Number(SysinfoSim(s)); }},
+    {"nwrat-state", [](const State& s) { return Number(s.radio.StateOfNwrat()); }},
+    {"sim", [](const State& s) { return std::string(SimName(s.radio.sim)); }},
+    // health
+    {"temperature", Temperature},
+    {"uptime", [](const State& s) { return std::to_string((s.now - s.powered_at) / kSecond); }},
+    // data call
+    {"call-state", [](const State& s) { return std::string(s.call.StateText()); }},
+    {"call-result", [](const State& s) { return Number(s.call.Result()); }},
+    {"call-result-word",
+     [](const State& s) {
+         return std::string(s.call.Result() == kQmiSuccess ? "Success" : "Failure");
+     }},
+    {"call-end-reason",
+     [](const State& s) {
+         return s.call.EndReason() == 0 ? std::string() : Number(s.call.EndReason());
+     }},
+    {"call-duration", [](const State& s) { return s.call.Duration(s.now); }},
+    // clock
+    {"stamp", [](const State& s) { return s.clock.Stamp(s.now); }},
+    {"date-dots", [](const State& s) { return Date(s.clock.Local(s.now), "%d.%02d.%02d"); }},
+    {"time-dots",
+     [](const State& s) {
+         const CivilTime t = s.clock.Local(s.now);
+         return Print("%02d.%02d.%02d", t.hour, t.minute, t.second);
+     }},
+    {"date", [](const State& s) { return Date(s.clock.Local(s.now), "%d/%02d/%02d"); }},
+    {"time", [](const State& s) { return TimeOfDay(s.clock.Local(s.now)); }},
+    // messages
+    {"sms-used", [](const State& s) { return Number(s.sms.Used()); }},
+    {"sms-capacity", [](const State& s) { return Number(s.sms.Capacity()); }},
+    {"sms-full", [](const State& s) { return Number(s.sms.Full()); }},
+    {"sms-unread", [](const State& s) { return Number(!s.sms.Matching("REC UNREAD")->empty()); }},
+};
+
 const std::unordered_map<std::string, Reader>& Readers() {
-    static const std::unordered_map<std::string, Reader> readers = {
-        // signal
-        {"csq", [](const State& s) { return Number(s.radio.csq); }},
-        {"ber", [](const State& s) { return Number(s.radio.HasSignal() ? s.radio.ber : 99); }},
-        {"rssi", [](const State& s) { return Number(s.radio.Rssi()); }},
-        {"rssi-plain", [](const State& s) { return Number(-s.radio.Rssi()); }},
-        {"rsrp", [](const State& s) { return Number(s.radio.Rsrp()); }},
-        {"rsrq", [](const State& s) { return Number(s.radio.Rsrq()); }},
-        {"ecio", [](const State& s) { return Print("%.1f", s.radio.Ecio()); }},
-        {"indicator", [](const State& s) { return Number(s.radio.SignalIndicator()); }},
-        // registration and service
-        {"access", AccessWord},
-        {"service", ServiceText},
-        {"registration",
-         [](const State& s) { return Number(static_cast<int>(s.radio.registration)); }},
-        {"registered", [](const State& s) { return Number(s.radio.IsRegistered()); }},
-        {"in-service", [](const State& s) { return Number(s.radio.HasService()); }},
-        {"roaming", [](const State& s) { return Number(IsRoaming(s)); }},
-        {"lac", [](const State& s) { return Print("%04X", s.radio.lac); }},
-        {"lac-decimal", [](const State& s) { return Print("%u", s.radio.lac); }},
-        {"cell", [](const State& s) { return Print("%08X", s.radio.cell); }},
-        {"cell-decimal", [](const State& s) { return Print("%u", s.radio.cell); }},
-        {"operator-now", Operator},
-        {"plmn-now", Plmn},
-        {"plmn-spaced", SpacedPlmn},
-        {"sysinfo-status", [](const State& s) { return Number(s.radio.ServiceStatusOfSysinfo()); }},
-        {"sysinfo-domain", [](const State& s) { return Number(s.radio.HasService() ? 3 : 0); }},
-        {"sysinfo-mode", [](const State& s) { return Number(s.radio.SystemModeOfSysinfo()); }},
-        {"sysinfo-sim", [](const State& s) { return Number(SysinfoSim(s)); }},
-        {"nwrat-state", [](const State& s) { return Number(s.radio.StateOfNwrat()); }},
-        {"sim", [](const State& s) { return std::string(SimName(s.radio.sim)); }},
-        // health
-        {"temperature", Temperature},
-        {"uptime", [](const State& s) { return std::to_string((s.now - s.powered_at) / kSecond); }},
-        // data call
-        {"call-state", [](const State& s) { return std::string(s.call.StateText()); }},
-        {"call-result", [](const State& s) { return Number(s.call.Result()); }},
-        {"call-result-word",
-         [](const State& s) {
-             return std::string(s.call.Result() == kQmiSuccess ? "Success" : "Failure");
-         }},
-        {"call-end-reason",
-         [](const State& s) {
-             return s.call.EndReason() == 0 ? std::string() : Number(s.call.EndReason());
-         }},
-        {"call-duration", [](const State& s) { return s.call.Duration(s.now); }},
-        // clock
-        {"stamp", [](const State& s) { return s.clock.Stamp(s.now); }},
-        {"date-dots", [](const State& s) { return Date(s.clock.Local(s.now), "%d.%02d.%02d"); }},
-        {"time-dots",
-         [](const State& s) {
-             const CivilTime t = s.clock.Local(s.now);
-             return Print("%02d.%02d.%02d", t.hour, t.minute, t.second);
-         }},
-        {"date", [](const State& s) { return Date(s.clock.Local(s.now), "%d/%02d/%02d"); }},
-        {"time", [](const State& s) { return TimeOfDay(s.clock.Local(s.now)); }},
-        // messages
-        {"sms-used", [](const State& s) { return Number(s.sms.Used()); }},
-        {"sms-capacity", [](const State& s) { return Number(s.sms.Capacity()); }},
-        {"sms-full", [](const State& s) { return Number(s.sms.Full()); }},
-        {"sms-unread",
-         [](const State& s) { return Number(!s.sms.Matching("REC UNREAD")->empty()); }},
-    };
+    static const auto readers = [] {
+        std::unordered_map<std::string, Reader> index;
+        for (const Row& row : kRows) index.emplace(row.name, row.read);
+        return index;
+    }();
     return readers;
 }
 

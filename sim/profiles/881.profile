@@ -4,7 +4,7 @@
 include sierra
 include wcdma_town
 
-model = MC8801
+model = Model 881
 revision = K2_0_1_2 TEST 2026/03/02
 imei = 001017088100014
 mdn = 2015550188

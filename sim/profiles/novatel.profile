@@ -3,7 +3,7 @@
 include base
 include lte_town
 
-manufacturer = Novatel Wireless Incorporated
+manufacturer = Novatel
 best-access = lte
 signal = 20
 features = lte qmi

@@ -2,7 +2,7 @@
 
 include base
 
-manufacturer = Sierra Wireless, Incorporated
+manufacturer = Sierra Wireless
 priid = 9900123
 priid-revision = 01.02
 hardware = 1.0
