@@ -1,0 +1,173 @@
+// Messages that arrive: from the modem's store to files, with nothing lost that need not be.
+#include "sms_world.h"
+
+using ::testing::Contains;
+using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::SizeIs;
+using Lines = std::vector<std::string>;
+
+namespace {
+
+constexpr char kHeader[] = "+CMGL: 1,\"REC UNREAD\",\"+15551234567\",,\"26/03/14,09:15:02-20\"\r\n";
+
+std::string MessageFile(const std::string& text) {
+    return "FROM=15551234567\nTIME=26/03/14-09:15:02-20\nMSG=" + text;
+}
+
+}  // namespace
+
+TEST(ReceivedSms, BecomesAFileAndLeavesTheModem) {
+    SmsWorld world;
+    world.Arrive("+15551234567", "Hello");
+    world.Start();
+    EXPECT_TRUE(world.RunUntilLog("Modem supports CMGF SMS", 30s));
+    EXPECT_TRUE(world.RunUntilCommand(kDeleteRead, 60s));
+    const std::string stamp = world.Stamp();
+    world.RunFor(5s);
+    EXPECT_EQ(world.List("/tmp/sms/recv"), Lines{"sms_msg" + stamp + ".1"});
+    ASSERT_THAT(SmsWorld::Received(), SizeIs(1));
+    const std::string file = SmsWorld::Received()[0];
+    EXPECT_EQ(file.substr(0, 22), "FROM=15551234567\nTIME=");
+    EXPECT_EQ(file.substr(file.size() - 11), "\nMSG=Hello\n");
+    EXPECT_EQ(world.modem().GetState().sms.Used(), 0);
+}
+
+TEST(ReceivedSms, IsAskedForEveryFifteenSecondsOrALittleLater) {
+    SmsWorld world;
+    world.Start();
+    world.RunFor(10min);
+    const auto times = world.CommandTimes(kListUnread);
+    ASSERT_GE(times.size(), 20u);
+    for (std::size_t i = 1; i < times.size(); ++i) {
+        EXPECT_GE(times[i] - times[i - 1], 15s);
+        EXPECT_LE(times[i] - times[i - 1], 35s);
+    }
+    EXPECT_EQ(world.CommandTimes(kDeleteRead).size(), times.size()) << "read messages always go";
+}
+
+TEST(ReceivedSms, TwoOfOneListingShareTheTimeInTheirNames) {
+    SmsWorld world;
+    world.Arrive("+15551110001", "first");
+    world.Arrive("+15551110002", "second");
+    world.Start();
+    world.RunFor(40s);
+    const auto names = world.List("/tmp/sms/recv");
+    ASSERT_THAT(names, SizeIs(2));
+    EXPECT_EQ(names[0].substr(0, 22), names[1].substr(0, 22));
+    EXPECT_EQ(names[0].substr(22), ".1");
+    EXPECT_EQ(names[1].substr(22), ".2");
+    EXPECT_NE(world.File(kReceive + names[0]).find("FROM=15551110001\n"), std::string::npos);
+    EXPECT_NE(world.File(kReceive + names[1]).find("FROM=15551110002\n"), std::string::npos);
+}
+
+TEST(ReceivedSms, KeepsItsLinesAndTheEmptyOnes) {
+    const std::string header = kHeader;
+    struct Case {
+        const char* what;
+        std::string listing;
+        Lines files;
+    };
+    for (const Case& c :
+         {Case{"two lines",
+               header + "Hello\r\nWorld\r\n\r\nOK\r\n",
+               {MessageFile("Hello\nWorld\n")}},
+          Case{
+              "empty lines within", header + "a\r\n\r\nb\r\n\r\nOK\r\n", {MessageFile("a\n\nb\n")}},
+          Case{"a line like a header",
+               header + "a\r\n+CMGL: no header\r\nb\r\n\r\nOK\r\n",
+               {MessageFile("a\n")}},
+          Case{"extra commas in a header",
+               "+CMGL: 1,\"REC UNREAD\",\"1\",\"Doe, J\",\"26/03/14,09:15\"\r\nlost\r\n" + header +
+                   "kept\r\n\r\nOK\r\n",
+               {MessageFile("kept\n")}},
+          Case{"cut behind the body",
+               header + "one\r\n" + header + "two\r\n",
+               {MessageFile("one\n")}},
+          Case{"nothing but an error", "\r\n+CMS ERROR: 320\r\n", {}}}) {
+        SCOPED_TRACE(c.what);
+        SmsWorld world;
+        world.modem().AnswerOnce(kListUnread, "\r\n" + c.listing);
+        world.Start();
+        EXPECT_TRUE(world.RunUntilCommand(kDeleteRead, 60s)) << "what was read is deleted anyway";
+        EXPECT_EQ(SmsWorld::Received(), c.files);
+    }
+}
+
+TEST(ReceivedSms, AThousandInOneListingAllArrive) {
+    SmsWorld world;
+    world.Control("store 1000");
+    for (int i = 1; i <= 1000; ++i) {
+        world.Arrive("+15551234567", "message " + std::to_string(i) + ".");
+    }
+    world.Start();
+    world.RunFor(60s);
+    EXPECT_THAT(world.List("/tmp/sms/recv"), SizeIs(1000));
+    for (const int i : {1, 2, 500, 999, 1000}) {
+        const std::string line = "message " + std::to_string(i) + ".\n";
+        EXPECT_EQ(world.CountLogContaining(line), 1u) << line;
+    }
+    EXPECT_EQ(world.modem().GetState().sms.Used(), 0);
+}
+
+TEST(ReceivedSms, ThoseThatWaitForAFullStoreFollow) {
+    SmsWorld world;
+    world.Control("store 3");
+    for (int i = 1; i <= 8; ++i) world.Arrive("+15551234567", "message " + std::to_string(i));
+    world.Start();
+    world.RunFor(3min);
+    EXPECT_THAT(SmsWorld::Received(), SizeIs(8));
+    for (int i = 1; i <= 8; ++i) {
+        EXPECT_EQ(world.CountLogContaining("Message: message " + std::to_string(i) + "\n"), 1u);
+    }
+}
+
+TEST(ReceivedSms, OneThatArrivesWhileTheListIsWrittenOutIsNotDeletedUnread) {
+    SmsWorld world;
+    world.Arrive("+15551234567", "early");
+    world.Start();
+    EXPECT_TRUE(world.RunUntilCommand(kListUnread, 60s));
+    world.RunFor(1s);
+    world.Arrive("+15551234567", "late");
+    world.RunFor(60s);
+    EXPECT_EQ(world.CountLogContaining("Message: early\n"), 1u);
+    EXPECT_EQ(world.CountLogContaining("Message: late\n"), 1u);
+}
+
+TEST(ReceivedSms, IsLeftAloneByAModemThatIsNotASierra881) {
+    for (const char* card : {"", "-E362", "-E371", "-USB305", "-mc75i"}) {
+        SCOPED_TRACE(card);
+        SmsWorld world(card);
+        world.Arrive("+15551234567", "Hello");
+        world.Start();
+        world.RunFor(90s);
+        EXPECT_EQ(world.CountLog("Modem does not support CMGF SMS"), 1u);
+        EXPECT_THAT(world.CommandsMatching("AT+CMGF"), IsEmpty());
+        EXPECT_THAT(world.CommandsMatching("AT+CMGL"), IsEmpty());
+        EXPECT_THAT(world.CommandsMatching("AT+CMG"), Each(std::string(kDeleteRead)));
+        EXPECT_THAT(world.CommandsMatching(kDeleteRead), Not(IsEmpty()));
+        EXPECT_TRUE(world.Exists("/tmp/sms/recv"));
+    }
+}
+
+TEST(ReceivedSms, IsLeftAloneWhenTextModeIsRefused) {
+    SmsWorld world;
+    world.modem().Answer("AT+CMGF=1", "\r\nERROR\r\n");
+    world.Start();
+    world.RunFor(60s);
+    EXPECT_EQ(world.CountLog("Modem does not support CMGF SMS"), 1u);
+    EXPECT_THAT(world.CommandsMatching("AT+CMGF"), SizeIs(1));
+    EXPECT_THAT(world.CommandsMatching("AT+CMGL"), IsEmpty());
+}
+
+TEST(ReceivedSms, IsServedByAModemThatDoesNotAnswerTheSignalQuery) {
+    SmsWorld world;
+    world.modem().Answer("AT+CSQ", "");
+    world.modem().Answer("AT+CSQ?", "");
+    world.Arrive("+15551234567", "Hello");
+    world.Start();
+    world.RunFor(60s);
+    EXPECT_THAT(SmsWorld::Received(), SizeIs(1));
+}

@@ -1,0 +1,70 @@
+#include "sms_world.h"
+
+#include <dirent.h>
+
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+
+void SmsWorld::Drop(const std::string& name, const std::string& text) {
+    WriteFile(kSend + name, text);
+}
+
+void SmsWorld::Arrive(const std::string& from, const std::string& text) {
+    Control("sms " + from + " \"" + text + "\"");
+}
+
+bool SmsWorld::RunUntilGone(const std::string& name, rig::Duration limit) {
+    return RunUntil([&] { return IsGone(name); }, limit);
+}
+
+std::vector<std::string> SmsWorld::Sent() {
+    std::vector<std::string> texts;
+    for (const sim::SentSms& message : modem().SentMessages()) texts.push_back(message.text);
+    return texts;
+}
+
+std::vector<std::string> SmsWorld::Received() {
+    std::vector<std::string> contents;
+    for (const std::string& name : List("/tmp/sms/recv")) contents.push_back(File(kReceive + name));
+    return contents;
+}
+
+std::string SmsWorld::Stamp() const {
+    const auto seconds = static_cast<std::time_t>(WallSeconds());
+    std::tm utc = {};
+    gmtime_r(&seconds, &utc);
+    char text[32];
+    std::strftime(text, sizeof(text), "%Y%m%d-%H%M%S", &utc);
+    return text;
+}
+
+std::string SmsWorld::FirstListed() {
+    std::string first;
+    DIR* folder = opendir(kSend);
+    if (folder == nullptr) return first;
+    while (const dirent* entry = readdir(folder)) {
+        first = entry->d_name;
+        if (first != "." && first != "..") break;
+        first.clear();
+    }
+    closedir(folder);
+    return first;
+}
+
+long SmsWorld::PeakMemory() {
+    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+        std::ifstream status(entry.path() / "status");
+        std::string word;
+        std::string name;
+        while (status >> word) {
+            if (word == "Name:") status >> name;
+            if (word != "VmPeak:" || name != "modemd") continue;
+            long kilobytes = 0;
+            status >> kilobytes;
+            return kilobytes;
+        }
+    }
+    ADD_FAILURE() << "no daemon below /proc";
+    return 0;
+}
