@@ -1,0 +1,124 @@
+// Ping and transmit counter, over hours.
+#include <gtest/gtest.h>
+
+#include "carrier.h"
+
+using namespace std::chrono_literals;
+using rig::World;
+
+namespace {
+
+constexpr char kStuck[] = "Warning: TX count on wwan0 not incrementing.";
+
+std::vector<rig::Duration> Pings(const World& world) {
+    return world.ShellTimes(kPingLine);
+}
+
+TEST(LinkHealth, PingsEveryTenMinutesWhileBytesLeave) {
+    World world("-E362");
+    Carrier carrier(world);
+    world.Start();
+    world.RunFor(3h);
+    const auto pings = Pings(world);
+    ASSERT_GE(pings.size(), 16U);
+    EXPECT_GE(pings[0], 600s);
+    for (std::size_t i = 1; i < pings.size(); ++i) {
+        // The first check at which the ten minutes are over.
+        EXPECT_GE(pings[i] - pings[i - 1], 600s);
+        EXPECT_LE(pings[i] - pings[i - 1], 650s);
+    }
+    EXPECT_EQ(world.CountLog(kStuck), 0U);
+}
+
+// The counter stands at 1000: the first check is good, as 1000 is above the 0 of the start; then
+// one fails every 30 seconds, and the eighth resets the modem. The ninth removes the marker, the
+// sixteenth resets again.
+TEST(LinkHealth, ChecksEveryThirtySecondsWhileNothingLeavesAndResetsAtTheEighth) {
+    World world("-E362");
+    Carrier carrier(world);
+    world.SetTxBytes(1000);
+    world.Start();
+    ASSERT_TRUE(world.RunUntil([&] { return world.CountLog(kStuck) == 1; }, 1h));
+    EXPECT_EQ(Pings(world).size(), 2U);
+    ASSERT_TRUE(world.RunUntilLog("Resetting device", 30min));
+    EXPECT_EQ(world.CountLog(kStuck), 8U);
+    EXPECT_EQ(Pings(world).size(), 9U);
+    EXPECT_TRUE(World::Exists(kResettingMarker));
+    const auto pings = Pings(world);
+    for (std::size_t i = 2; i < pings.size(); ++i) {
+        EXPECT_GE(pings[i] - pings[i - 1], 30s);
+        EXPECT_LE(pings[i] - pings[i - 1], 60s);
+    }
+
+    ASSERT_TRUE(world.RunUntil([&] { return world.CountLog(kStuck) == 9; }, 2min));
+    world.RunFor(10s);
+    EXPECT_FALSE(World::Exists(kResettingMarker));
+    EXPECT_EQ(world.CountLog("Resetting device"), 1U);
+    ASSERT_TRUE(world.RunUntilLog("Resetting device", 30min));
+    EXPECT_EQ(world.CountLog(kStuck), 16U);
+    EXPECT_EQ(world.CountLog(kRestarting), 1U);
+}
+
+TEST(LinkHealth, ReturnsToTenMinutesAsSoonAsBytesLeaveAgain) {
+    World world("-E362");
+    Carrier carrier(world);
+    world.SetTxBytes(1000);
+    world.Start();
+    ASSERT_TRUE(world.RunUntil([&] { return world.CountLog(kStuck) == 3; }, 1h));
+    world.SetTxBytes(1001);
+    world.ClearTrace();
+    world.RunFor(11min);
+    const auto pings = Pings(world);
+    ASSERT_EQ(pings.size(), 2U);
+    EXPECT_GE(pings[1] - pings[0], 600s);
+}
+
+TEST(LinkHealth, FailsAfterTheCounterRestartsUntilItPassesTheOldCount) {
+    World world("-E362");
+    Carrier carrier(world);
+    world.SetTxBytes(1000000);
+    world.Start();
+    world.RunFor(15min);
+    EXPECT_EQ(Pings(world).size(), 1U);
+    // Twenty thousand bytes a minute from zero: above a million after fifty minutes.
+    const rig::Duration restarted = world.Now();
+    world.SetTxBytes([restarted](rig::Duration now) {
+        return static_cast<std::uint64_t>((now - restarted) / 3ms);
+    });
+    ASSERT_TRUE(world.RunUntilLog(kStuck, 10min));
+    world.RunFor(10min);
+    EXPECT_GT(world.CountLog(kStuck), 10U);
+    world.RunFor(35min);
+    world.ClearTrace();
+    world.RunFor(1h);
+    EXPECT_EQ(world.CountLog(kStuck), 0U);
+}
+
+TEST(LinkHealth, CountsAMissingCounterAsAFailureWithoutAWord) {
+    World world("-E371");
+    Carrier carrier(world);
+    world.RemoveTxBytes();
+    world.Start();
+    ASSERT_TRUE(world.RunUntilLog("Resetting device", 1h));
+    EXPECT_EQ(Pings(world).size(), 8U);
+    EXPECT_EQ(world.CountLog(kStuck), 0U);
+}
+
+TEST(LinkHealth, DoesNotCareHowThePingWent) {
+    World world("-E362");
+    Carrier carrier(world);
+    world.SetShellStatus("ping", 1);
+    world.Start();
+    world.RunFor(1h);
+    EXPECT_EQ(world.CountLog(kStuck), 0U);
+    EXPECT_EQ(world.CountLog(kRestarting), 1U);
+}
+
+TEST(LinkHealth, OfOtherCardsIsNobodysConcern) {
+    World world("-881");
+    world.Start();
+    world.RunFor(1h);
+    EXPECT_EQ(Pings(world).size(), 0U);
+}
+
+}  // namespace

@@ -1,0 +1,252 @@
+// The clock: set from the network for each card, retried, and jumping while timers run.
+#include <gtest/gtest.h>
+
+#include "carrier.h"
+
+using namespace std::chrono_literals;
+using rig::World;
+
+namespace {
+
+constexpr char kRetry[] = "Will check tower time again in 5 minutes";
+
+bool IsDateLine(const std::string& line) {
+    return line.compare(0, 9, "/bin/date") == 0;
+}
+
+Lines DateLines(const World& world) {
+    Lines lines;
+    for (const std::string& line : world.Shell()) {
+        if (IsDateLine(line)) lines.push_back(line);
+    }
+    return lines;
+}
+
+std::string SetLocal(const std::string& time) {
+    return "/bin/date   -s \"" + time + "\" &> /dev/null; /bin/hwclock --systohc &> /dev/null";
+}
+
+std::string SetUtc(const std::string& time) {
+    return "/bin/date  -u   -s \"" + time + "\" &> /dev/null; /bin/hwclock --systohc &> /dev/null";
+}
+
+std::string Line(const std::string& text) {
+    return "\r\n" + text + "\r\n\r\nOK\r\n";
+}
+
+TEST(TowerTime, OfTheE362SetsTheClockOnTheFirstAnsweredPass) {
+    World world("-E362");
+    world.modem().Answer("AT$NWLTIME", Line("2026.3.4.5.7.9"));
+    world.Start();
+    world.RunFor(1min);
+    EXPECT_EQ(DateLines(world), Lines{SetLocal("5:7:9 3/4/2026")});
+    EXPECT_EQ(world.CountLog("Syncing system time to 05:07:09 03/04/2026 (LOCAL)"), 1U);
+}
+
+TEST(TowerTime, OfTheE371SetsTheClockToLocalTime) {
+    World world("-E371");
+    world.modem().Answer("AT$CCLK?", Line("$CCLK: \"26/03/04,05:07:09-20\""));
+    world.Start();
+    world.RunFor(1min);
+    EXPECT_EQ(DateLines(world), Lines{SetLocal("5:7:9 3/4/2026")});
+}
+
+TEST(TowerTime, OfThe881SetsTheClockToUtc) {
+    World world("-881");
+    world.modem().Answer("AT+CCLK?", Line("+CCLK: \"26/03/04,05:07:09+00\""));
+    world.Start();
+    world.RunFor(1min);
+    EXPECT_EQ(DateLines(world), Lines{SetUtc("5:7:9 3/4/2026")});
+    world.ExpectLogInOrder(
+        {"Using UTC switch when setting date", "Syncing system time to 05:07:09 03/04/2026 (UTC)"});
+    EXPECT_TRUE(world.CommandsMatching("at!time").empty());
+}
+
+TEST(TowerTime, OfThe881FallsBackToTheClockOfTheModem) {
+    World world("-881");
+    world.modem().Answer("AT+CCLK?", "\r\nERROR\r\n");
+    world.modem().Answer("at!time?", Line("!TIME:\r\n2026/03/04\r\n05:07:09 (local)"));
+    world.Start();
+    world.RunFor(1min);
+    EXPECT_EQ(DateLines(world), Lines{SetLocal("5:7:9 3/4/2026")});
+    EXPECT_EQ(world.CountLog("Syncing system time to 05:07:09 03/04/2026 (LOCAL)"), 1U);
+}
+
+TEST(TowerTime, OfThe881WithoutAnyClockIsAskedForEveryFourHours) {
+    World world("-881");
+    world.modem().Answer("AT+CCLK?", "\r\nERROR\r\n");
+    world.modem().Answer("at!time?", "\r\nERROR\r\n");
+    world.Start();
+    world.RunFor(9h);
+    EXPECT_EQ(world.CountLog("Modem does not appear to support tower time command, "
+                             "cannot time sync"),
+              3U);
+    EXPECT_EQ(DateLines(world), Lines{});
+}
+
+TEST(TowerTime, OfThe881WithHalfAnAnswerIsAskedForAgainAfterFiveMinutes) {
+    World world("-881");
+    world.modem().Answer("AT+CCLK?", "\r\nERROR\r\n");
+    world.modem().Answer("at!time?", Line("2026/03/04"));
+    world.Start();
+    world.RunFor(11min);
+    EXPECT_EQ(world.CountLog(kRetry), 3U);
+    EXPECT_EQ(world.CommandsMatching("at!time?").size(), 3U);
+    EXPECT_EQ(DateLines(world), Lines{});
+}
+
+// The modem's own clock says whole years: 26 is the year 26, and not worth a retry of its own.
+TEST(TowerTime, OfThe881DoesNotCompleteAShortYearOfTheFallback) {
+    World world("-881");
+    world.modem().Answer("AT+CCLK?", "\r\nERROR\r\n");
+    world.modem().Answer("at!time?", Line("26/03/04\r\n05:07:09"));
+    world.Start();
+    world.RunFor(30min);
+    EXPECT_EQ(world.CountLog("Time from tower does not look valid: 05:07:09 03/04/26"), 1U);
+    EXPECT_EQ(world.CommandsMatching("at!time?").size(), 1U);
+    EXPECT_EQ(DateLines(world), Lines{});
+}
+
+TEST(TowerTime, OfOtherCardsIsRefusedEveryFourHours) {
+    for (const char* card : {"-USB305", "-mc75i", ""}) {
+        SCOPED_TRACE(card);
+        World world(card);
+        world.Start();
+        world.RunFor(4h + 1min);
+        EXPECT_EQ(world.CountLog("Cannot sync to tower time, unsupported modem"), 2U);
+        EXPECT_EQ(DateLines(world), Lines{});
+    }
+}
+
+TEST(TowerTime, IsTakenOverEveryFourHours) {
+    World world("-E362");
+    world.modem().Answer("AT$NWLTIME", Line("2026.3.4.5.7.9"));
+    world.Start();
+    world.RunFor(13h);
+    const auto asked = world.CommandTimes("AT$NWLTIME");
+    ASSERT_EQ(asked.size(), 4U);
+    for (std::size_t i = 1; i < asked.size(); ++i) {
+        EXPECT_GE(asked[i] - asked[i - 1], 4h);
+        EXPECT_LE(asked[i] - asked[i - 1], 4h + 1min);
+    }
+}
+
+TEST(TowerTime, ThatIsWrongIsAskedForAgainAfterFiveMinutes) {
+    World world("-E362");
+    world.modem().Answer("AT$NWLTIME", Line("2026.13.4.5.7.9"));
+    world.Start();
+    world.RunFor(32min);
+    const auto asked = world.CommandTimes("AT$NWLTIME");
+    ASSERT_EQ(asked.size(), 7U);
+    for (std::size_t i = 1; i < asked.size(); ++i) {
+        EXPECT_GE(asked[i] - asked[i - 1], 5min);
+        EXPECT_LE(asked[i] - asked[i - 1], 5min + 30s);
+    }
+    EXPECT_EQ(world.CountLog("Got BAD tower time: 2026.13.4.5.7.9\r"), 7U);
+    EXPECT_EQ(world.CountLog(kRetry), 7U);
+
+    // Good again: from now on every four hours.
+    world.modem().Answer("AT$NWLTIME", Line("2026.3.4.5.7.9"));
+    world.ClearTrace();
+    world.RunFor(4h);
+    EXPECT_EQ(world.CommandTimes("AT$NWLTIME").size(), 1U);
+    EXPECT_EQ(DateLines(world), Lines{SetLocal("5:7:9 3/4/2026")});
+}
+
+// No answer leaves the period as it was, here the five minutes of the bad answer before.
+TEST(TowerTime, WithoutAnAnswerKeepsThePeriodInForce) {
+    World world("-E371");
+    world.modem().Answer("AT$CCLK?", "");
+    world.Start();
+    world.RunFor(5h);
+    EXPECT_EQ(world.CommandTimes("AT$CCLK?").size(), 2U);
+    EXPECT_EQ(world.CountLog("Time from tower does not look valid: 00:00:00 00/00/0"), 2U);
+
+    world.modem().Answer("AT$CCLK?", Line("$CCLK: \"11/03/04,05:07:09\""));
+    ASSERT_TRUE(world.RunUntilLog(kRetry, 5h));
+    world.modem().Answer("AT$CCLK?", "");
+    world.ClearTrace();
+    world.RunFor(31min);
+    EXPECT_EQ(world.CountLog("Time from tower does not look valid: 00:00:00 00/00/0"), 6U);
+}
+
+TEST(TowerTime, OfYear2011IsRefusedAndRetried) {
+    World world("-881");
+    world.modem().Answer("AT+CCLK?", Line("+CCLK: \"11/12/31,23:59:59+00\""));
+    world.Start();
+    world.RunFor(1min);
+    EXPECT_EQ(DateLines(world), Lines{});
+    world.ExpectLogInOrder({"Time from tower does not look valid: 23:59:59 12/31/2011", kRetry});
+}
+
+TEST(TowerTime, IsNotAskedForWhileSwitchedOff) {
+    World world("-E362");
+    world.WriteFile(kProvisioningFile, "SYNC_TIME=no\n");
+    world.Start();
+    world.RunFor(5h);
+    EXPECT_TRUE(world.CommandsMatching("AT$NWLTIME").empty());
+    EXPECT_EQ(DateLines(world), Lines{});
+}
+
+TEST(TowerTime, SwitchedOnIsTakenOverAtOnce) {
+    World world("-E362");
+    world.WriteFile(kProvisioningFile, "SYNC_TIME=no\n");
+    world.modem().Answer("AT$NWLTIME", Line("2026.3.4.5.7.9"));
+    world.Start();
+    world.RunFor(10min);
+    world.WriteFile(kProvisioningFile, "SYNC_TIME=yes\n");
+    world.RunFor(1min);
+    EXPECT_EQ(DateLines(world), Lines{SetLocal("5:7:9 3/4/2026")});
+    EXPECT_EQ(world.CountLog("SYNC_TIME config option is YES.  Time sync will attempt every "
+                             "4 hours"),
+              1U);
+}
+
+// The date command moves the clock, as on the router. Timers that run see the jump: every one of
+// them has expired for a clock set back, so the next pass does all timed work, once.
+TEST(ClockJump, BackwardsMakesTheTimersExpireOnce) {
+    World world("-E362");
+    Carrier carrier(world);
+    world.Start();
+    world.RunFor(5min);
+    world.RunUntilCommand(kStatusCommand, 2min);
+    world.RunFor(10s);
+    world.ClearTrace();
+    world.JumpClock(-24h);
+    world.RunFor(20s);
+    EXPECT_EQ(world.CommandTimes(kStatusCommand).size(), 1U);
+    EXPECT_EQ(world.ShellTimes(kPingLine).size(), 1U);
+    EXPECT_EQ(world.CountLog(kRestarting), 0U);
+
+    world.ClearTrace();
+    world.RunFor(9min);
+    EXPECT_EQ(world.ShellTimes(kPingLine).size(), 0U);
+}
+
+TEST(ClockJump, ForwardsEndsTheTimersThatAreShorter) {
+    World world("-E362");
+    Carrier carrier(world);
+    world.Start();
+    world.RunFor(3min);
+    world.RunUntilCommand(kStatusCommand, 2min);
+    world.RunFor(10s);
+    world.ClearTrace();
+    world.JumpClock(5min);
+    world.RunFor(20s);
+    EXPECT_EQ(world.CommandTimes(kStatusCommand).size(), 1U);
+    EXPECT_EQ(world.ShellTimes(kPingLine).size(), 0U);  // ten minutes are not over yet
+}
+
+TEST(ClockJump, ByTheDaemonsOwnDateCommandDoesNotMakeItAskAgain) {
+    World world("-E362");
+    world.modem().Answer("AT$NWLTIME", Line("2020.3.4.5.7.9"));
+    world.OnShell("/bin/date", [&world](const std::string&) {
+        world.JumpClock(-6 * 365 * 24h);
+        return 0;
+    });
+    world.Start();
+    world.RunFor(3h);
+    EXPECT_EQ(DateLines(world), Lines{SetLocal("5:7:9 3/4/2020")});
+}
+
+}  // namespace
