@@ -1,11 +1,9 @@
 #include "rig/daemon_process.h"
 
 #include <fcntl.h>
-#include <linux/futex.h>
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -15,11 +13,12 @@
 #include <cstring>
 #include <ctime>
 
+#include "rig/turns.h"
+
 namespace rig {
 
 namespace {
 
-constexpr int kSpins = 200;                // looks at the turn before the kernel is asked to wait
 constexpr long kLookEvery = 50000000;      // nanoseconds between two looks at the process
 constexpr double kMostWithoutCall = 20;    // seconds of real time
 constexpr double kMostWithoutSleep = 120;  // the same, while calls are made
@@ -84,11 +83,15 @@ void DaemonProcess::Launch(const Launching& launching) {
     }
     memory_->turn.store(Turn::kDaemon);
     std::fflush(nullptr);
+    BindToProcessor(0, -1);
     process_ = fork();
     if (process_ < 0) throw std::runtime_error("no process");
     if (process_ == 0) BecomeDaemon(launching, error_fd);
     if (launching.on_terminal) close(error_fd);
     AwaitRequest();
+    // The kernel has put the new process where there is most room.
+    BindToProcessor(process_, memory_->processor);
+    BindToProcessor(0, memory_->processor);
 }
 
 void DaemonProcess::BecomeDaemon(const Launching& launching, int error_fd) {
@@ -107,26 +110,15 @@ void DaemonProcess::BecomeDaemon(const Launching& launching, int error_fd) {
 }
 
 Request DaemonProcess::Resume() {
-    memory_->turn.store(Turn::kDaemon, std::memory_order_release);
-    syscall(SYS_futex, &memory_->turn, FUTEX_WAKE, 1, nullptr, nullptr, 0);
+    GiveTurn(*memory_, Turn::kScenario);
     AwaitRequest();
     return memory_->request;
 }
 
 void DaemonProcess::AwaitRequest() {
     now_since_ = calls_since_ = 0;
-    const auto mine = [this] {
-        return memory_->turn.load(std::memory_order_acquire) == Turn::kScenario;
-    };
-    for (int i = 0; i < kSpins; ++i) {
-        if (mine()) break;
-    }
     const timespec wait = {0, kLookEvery};
-    while (!mine()) {
-        const long result =
-            syscall(SYS_futex, &memory_->turn, FUTEX_WAIT, Turn::kDaemon, &wait, nullptr, 0);
-        if (result != 0 && errno == ETIMEDOUT && !mine()) CheckProgress();
-    }
+    while (!AwaitTurn(*memory_, Turn::kScenario, &wait)) CheckProgress();
     if (memory_->request == Request::kExiting) Reap();
 }
 

@@ -84,6 +84,7 @@ constexpr std::size_t kMostPaths = 32;
 
 struct Shared {
     std::atomic<Turn> turn;
+    std::int32_t processor;  // where the daemon was when it was loaded
 
     // Time.
     Micros now;

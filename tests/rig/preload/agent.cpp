@@ -1,7 +1,6 @@
 #include "rig/preload/agent.h"
 
 #include <fcntl.h>
-#include <linux/futex.h>
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
@@ -11,30 +10,25 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "rig/turns.h"
+
 namespace rig::agent {
 
 Shared* shared = nullptr;
 
 namespace {
 
-constexpr int kSpins = 200;  // looks at the turn before the kernel is asked to wait
-
 bool g_bytes_pending = false;
 bool g_answerable_pending = false;
 bool g_leaving = false;
 
-void GiveTurn(Request request) {
+void Send(Request request) {
     shared->request = request;
-    shared->turn.store(Turn::kScenario, std::memory_order_release);
-    syscall(SYS_futex, &shared->turn, FUTEX_WAKE, 1, nullptr, nullptr, 0);
+    GiveTurn(*shared, Turn::kDaemon);
 }
 
-void AwaitTurn() {
-    for (int i = 0; i < kSpins; ++i) {
-        if (shared->turn.load(std::memory_order_acquire) == Turn::kDaemon) return;
-    }
-    while (shared->turn.load(std::memory_order_acquire) != Turn::kDaemon) {
-        syscall(SYS_futex, &shared->turn, FUTEX_WAIT, Turn::kScenario, nullptr, nullptr, 0);
+void Await() {
+    while (!AwaitTurn(*shared, Turn::kDaemon, nullptr)) {
     }
 }
 
@@ -60,13 +54,14 @@ __attribute__((constructor)) void Connect() {
     unsetenv(kSharedFdVariable);
     unsetenv("LD_PRELOAD");
     shared = static_cast<Shared*>(memory);
+    shared->processor = sched_getcpu();
     Yield(Request::kHello);
 }
 
 // Behind all destructors of the program.
 __attribute__((destructor)) void Disconnect() {
     if (shared == nullptr) return;
-    GiveTurn(Request::kExiting);
+    Send(Request::kExiting);
     shared = nullptr;
 }
 
@@ -88,8 +83,8 @@ void Yield(Request request) {
     const int error = errno;
     g_bytes_pending = false;
     g_answerable_pending = false;
-    GiveTurn(request);
-    AwaitTurn();
+    Send(request);
+    Await();
     RaiseSignals();
     if (shared->exit_now != 0 && !g_leaving) {
         g_leaving = true;

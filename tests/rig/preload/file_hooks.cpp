@@ -33,12 +33,13 @@ int Open(const char* path, int flags, mode_t mode) {
     if (agent::IsPortPath(path)) return agent::OpenPortFile(path);
     if (agent::IsKernelPath(path)) return agent::OpenKernelFile(path);
 
-    struct stat before = {};
-    const bool existed = RIG_REAL(stat)(path, &before) == 0;
+    // A file that is only opened keeps its times.
+    const bool may_create = (flags & O_CREAT) != 0 && (flags & O_TRUNC) == 0;
+    const bool existed = !may_create || RIG_REAL(access)(path, F_OK) == 0;
     const int fd = RIG_REAL(open)(path, flags | O_LARGEFILE, mode);
     if (fd < 0) return fd;
     agent::Remember(fd, path, false, false, IsForWriting(flags));
-    if (IsForWriting(flags) && (!existed || (flags & O_TRUNC) != 0)) agent::NoteWritten(fd);
+    if (!existed || (IsForWriting(flags) && (flags & O_TRUNC) != 0)) agent::NoteWritten(fd);
     return fd;
 }
 
@@ -239,14 +240,16 @@ int fstat64(int fd, struct stat64* file) noexcept {
 }
 
 int unlink(const char* path) noexcept {
+    const bool mine = agent::Enter();
     const int result = RIG_REAL(unlink)(path);
-    if (agent::Enter() && result == 0) agent::JournalText(Kind::kUnlink, 0, path);
+    if (mine && result == 0) agent::JournalText(Kind::kUnlink, 0, path);
     return result;
 }
 
 int remove(const char* path) noexcept {
+    const bool mine = agent::Enter();
     const int result = RIG_REAL(remove)(path);
-    if (agent::Enter() && result == 0) agent::JournalText(Kind::kUnlink, 0, path);
+    if (mine && result == 0) agent::JournalText(Kind::kUnlink, 0, path);
     return result;
 }
 
