@@ -15,7 +15,7 @@ is_there() {
     case $1 in
         /*) [[ -e $1 ]] ;;
         # The plain busybox package has no DHCP client and no DHCP server; the static one has.
-        busybox) command -v busybox >/dev/null && busybox --list | grep -qx udhcpc ;;
+        busybox) command -v busybox >/dev/null && busybox --list | grep -x udhcpc >/dev/null ;;
         *) PATH=$PATH:/usr/sbin:/sbin command -v "$1" >/dev/null ;;
     esac
 }

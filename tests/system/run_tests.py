@@ -159,7 +159,7 @@ def run_all(jobs):
 
 
 def run_story(name):
-    sys.path.insert(0, str(HERE))
+    sys.path[:0] = [str(HERE), str(PROJECT / "scripts" / "sandbox")]
     suite = unittest.defaultTestLoader.loadTestsFromName(name)
     result = unittest.TextTestRunner(stream=sys.stdout, verbosity=2).run(suite)
     failed = len(result.failures) + len(result.errors) + len(result.unexpectedSuccesses)

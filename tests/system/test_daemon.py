@@ -3,7 +3,7 @@
 import os
 import unittest
 
-from sandbox import BUILD, Router
+from router_sandbox import BUILD, Router
 
 DEVICE = "/dev/ttyUSB0"
 

@@ -7,7 +7,7 @@ DHCP log, the modem's command log. The steps of a class tell one story and run i
 import time
 import unittest
 
-from sandbox import Router, figure
+from router_sandbox import Router, figure
 
 PPP_FILE = "/etc/kvt/wireless/cellmodem_ppp.conf"
 DIALING = "/var/log/wirelessdial_dialing"

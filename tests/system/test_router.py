@@ -6,7 +6,7 @@ import subprocess
 import time
 import unittest
 
-from sandbox import PROJECT, Router
+from router_sandbox import PROJECT, Router
 
 ROUTER = str(PROJECT / "scripts" / "router")
 

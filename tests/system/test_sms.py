@@ -3,7 +3,7 @@
 import os
 import unittest
 
-from sandbox import Router
+from router_sandbox import Router
 
 
 class Gateway(unittest.TestCase):

@@ -1,7 +1,8 @@
 """The daemon and a simulated modem in the router sandbox, watched from outside.
 
-A test starts a Router, waits for conditions (never for a length of time), and looks at the files,
-the interface, the DHCP server's log and the modem's command log from the machine's side.
+The system tests and the demo start a Router, wait for conditions (never for a length of time),
+and look at the files, the interface, the DHCP server's log and the modem's command log from the
+machine's side.
 """
 
 import json
@@ -12,7 +13,7 @@ import subprocess
 import tempfile
 import time
 
-PROJECT = pathlib.Path(__file__).resolve().parent.parent.parent
+PROJECT = pathlib.Path(__file__).resolve().parents[2]
 BUILD = pathlib.Path(os.environ.get("MODEMD_BUILD", PROJECT / "build" / "release")).resolve()
 
 # Only a hang reaches this; on an idle machine every wait ends much earlier.
@@ -21,7 +22,7 @@ PATIENCE = 150.0  # seconds
 
 def figure(text):
     """A measured value, shown beside the test's verdict."""
-    print(f"figure: {text}", flush=True)
+    print(f"\nfigure: {text}", flush=True)
 
 
 class Router:
@@ -30,12 +31,14 @@ class Router:
     def __init__(self, card=None):
         self.directory = tempfile.TemporaryDirectory(prefix="modemd-system-")
         pid_file = pathlib.Path(self.directory.name) / "pid"
-        command = [str(PROJECT / "scripts" / "router"), "--quiet", "--build", str(BUILD),
+        # Even a killed test takes its sandbox along.
+        command = ["setpriv", "--pdeathsig", "TERM",
+                   str(PROJECT / "scripts" / "router"), "--quiet", "--build", str(BUILD),
                    "--pid-file", str(pid_file)]
         if card:
             command += ["--card", card]
         self.process = subprocess.Popen([*command, "--", "sleep", "100000"],
-                                        stdin=subprocess.DEVNULL)
+                                        stdin=subprocess.DEVNULL, start_new_session=True)
         self.started_at = None
         try:
             self.wait_for(pid_file.exists, "the sandbox to start")
