@@ -22,6 +22,7 @@ constexpr unsigned kCannedCommandPause = 1;     // seconds
 // A modem that talks without end must not hold the one thread for ever, nor fill the memory.
 // The longest honest answer, the operator list, is a fourth of this.
 constexpr std::size_t kLongestAnswer = 4 * static_cast<std::size_t>(kReadSize);
+constexpr int kMostReads = 600;  // half a minute without a gap
 
 std::string HexDump(const char* data, int length) {
     std::string text;
@@ -131,14 +132,13 @@ std::string SendAtCommand(const std::string& command, unsigned wait_seconds) {
     sleep(wait_seconds);
 
     std::size_t received = 0;  // more than is kept when the modem sends zero bytes
-    int count = ReadPort(buffer, kReadSize);
-    while (count > 0) {
+    for (int reads = 0; reads < kMostReads && received <= kLongestAnswer; ++reads) {
+        const int count = ReadPort(buffer, kReadSize);
+        if (count <= 0) break;
         result += buffer;
         LogDebug("read %d bytes from port", count);
         received += static_cast<std::size_t>(count);
-        if (received > kLongestAnswer) break;
         usleep(kAnswerPause);
-        count = ReadPort(buffer, kReadSize);
     }
     LogAbove(1, "DEBUG: returning string class : %s", result.c_str());
     return result;

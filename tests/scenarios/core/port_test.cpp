@@ -1,0 +1,123 @@
+// A port that is missing, comes late, or dies.
+#include <gmock/gmock.h>
+
+#include <cerrno>
+#include <string>
+#include <vector>
+
+#include "rig/world.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using rig::Kind;
+using rig::World;
+using testing::Not;
+using Lines = std::vector<std::string>;
+using Times = std::vector<rig::Micros>;
+
+constexpr char kReset[] = "ResetPCMCIA now &> /dev/null &";
+
+Times OpenTimes(const World& world) {
+    Times times;
+    for (const rig::Event& event : world.GetTrace().Of(Kind::kOpen)) times.push_back(event.at);
+    return times;
+}
+
+TEST(Port, ThatNeverOpensIsTriedFiveTimesThenTheModemIsReset) {
+    World world;
+    world.RemoveDevice();
+    world.Start();
+    EXPECT_EQ(world.RunToExit(60s), 255);
+    EXPECT_EQ(OpenTimes(world), (Times{0, 10000000, 20000000, 30000000, 40000000}));
+    for (int attempt = 1; attempt <= 5; ++attempt) {
+        EXPECT_EQ(world.CountLog("Unable to open port /dev/ttyUSB0, attempt " +
+                                 std::to_string(attempt) + "/5"),
+                  1u);
+    }
+    const Lines log = world.Log();
+    ASSERT_GE(log.size(), 2u);
+    EXPECT_EQ(log[log.size() - 2], "Failed to open port 5 times, exiting");
+    EXPECT_EQ(log.back(), "Resetting device");
+    EXPECT_EQ(world.Shell().back(), kReset);
+    EXPECT_EQ(world.Now(), 40s);
+}
+
+TEST(Port, ThatAppearsLateIsTakenAtTheNextTry) {
+    World world;
+    world.RemoveDevice();
+    world.At(25s, [&] { world.AddDevice(); });
+    world.Start();
+    world.RunFor(80s);
+    EXPECT_EQ(OpenTimes(world), (Times{0, 10000000, 20000000, 30000000}));
+    EXPECT_TRUE(world.Running());
+    EXPECT_EQ(world.CountLog("Failed to open port 5 times, exiting"), 0u);
+    EXPECT_EQ(World::File("/var/log/lightbar"), "+CSQ: 17,99\n");
+}
+
+TEST(Port, IsNotTriedAgainOnceItIsOpen) {
+    World world;
+    world.Start();
+    world.RunFor(120s);
+    EXPECT_EQ(OpenTimes(world).size(), 1u);
+    EXPECT_TRUE(world.GetTrace().Of(Kind::kClose).empty());
+}
+
+TEST(Port, TwentySixFailedWritesInARowResetTheModemAndEndTheProcess) {
+    World world;
+    world.WriteFile("/var/log/wireless.kept", "x");
+    world.At(30s, [&] { world.FailWrites(EIO); });
+    world.Start();
+    EXPECT_EQ(world.RunToExit(600s), 255);
+    EXPECT_GE(world.GetTrace().Of(Kind::kWriteFailed).size(), 26u);
+    const Lines log = world.Log();
+    EXPECT_EQ(log[log.size() - 2], "Port error counter above 25, resetting modem");
+    EXPECT_EQ(log.back(), "Resetting device");
+    EXPECT_EQ(world.Shell().back(), kReset);
+    // No clean-up on this way out.
+    EXPECT_TRUE(World::Exists("/var/log/wireless.cardstats"));
+    EXPECT_TRUE(World::Exists("/var/log/wireless.kept"));
+    EXPECT_EQ(world.CountLog("doing cleanup and exiting"), 0u);
+}
+
+TEST(Port, TwentyFiveFailedWritesAreForgiven) {
+    World world;
+    world.At(30s, [&] { world.FailWrites(EIO, 25); });
+    world.At(300s, [&] { world.FailWrites(EIO, 25); });
+    world.Start();
+    world.RunFor(600s);
+    EXPECT_EQ(world.GetTrace().Of(Kind::kWriteFailed).size(), 50u);
+    EXPECT_TRUE(world.Running());
+    EXPECT_EQ(world.CountLog("Port error counter above 25, resetting modem"), 0u);
+}
+
+TEST(Port, ADriverThatNeverSaysWhatWaitsIsASilentModem) {
+    World world("-d -d");
+    world.FailWaiting(EIO);
+    world.Start();
+    world.RunFor(30s);
+    EXPECT_TRUE(world.Running());
+    EXPECT_GT(world.CountLog("No Response from device"), 5u);
+    EXPECT_GT(world.CountLog("read 0 bytes from port"), 2u);
+    EXPECT_FALSE(World::Exists("/var/log/lightbar"));
+}
+
+TEST(Port, AReadThatFailsIsAReadThatFoundNothing) {
+    World world("-d");
+    world.At(20s, [&] { world.FailReads(EIO); });
+    world.Start();
+    world.RunFor(60s);
+    EXPECT_TRUE(world.Running());
+    EXPECT_GT(world.CountLog("read 0 bytes from port"), 5u);
+    EXPECT_EQ(world.CountLog("unknown message command response"), 0u);
+}
+
+TEST(Port, PulledOutWhileRunningEndsTheProcessAfterTheWriteErrors) {
+    World world("-E362");
+    world.At(60s, [&] { world.Unplug(); });
+    world.Start();
+    EXPECT_EQ(world.RunToExit(600s), 255);
+    EXPECT_EQ(world.CountLog("Port error counter above 25, resetting modem"), 1u);
+}
+
+}  // namespace

@@ -1,0 +1,185 @@
+// What runs how often: counted over a simulated day, and with the clock moved under the timers.
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "rig/world.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using rig::Duration;
+using rig::Kind;
+using rig::World;
+using Times = std::vector<Duration>;
+
+// The smallest and the largest distance between two neighbours.
+std::pair<Duration, Duration> Distances(const Times& times) {
+    Duration least = Duration::max();
+    Duration most = Duration::zero();
+    for (std::size_t i = 1; i < times.size(); ++i) {
+        least = std::min(least, times[i] - times[i - 1]);
+        most = std::max(most, times[i] - times[i - 1]);
+    }
+    return {least, most};
+}
+
+TEST(Schedule, TheFirstAnsweredPassDoesStatusWorkAndAsksForTheTimeAtOnce) {
+    World world("-881");
+    world.WriteFile("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=yes\n");
+    world.Start();
+    ASSERT_TRUE(world.RunUntilCommand("AT+CCLK?", 60s));
+    EXPECT_EQ(world.CommandTimes("AT+CSQ").size(), 1u);
+    EXPECT_EQ(world.CommandTimes("AT+CGDCONT?").size(), 2u);  // identity pass and status work
+    EXPECT_LT(world.CommandTimes("AT+CSQ")[0], world.CommandTimes("AT+CGDCONT?")[1]);
+}
+
+TEST(Schedule, EachPassOfTheSierra881AsksInThisOrder) {
+    World world("-881");
+    world.Start();
+    world.RunFor(120s);
+    const std::vector<std::string> pass = {"at^sysinfo", "at!getband?", "AT*CNTI=0", "at+ecio?",
+                                           "at!gstatus?"};
+    const std::vector<std::string> commands = world.Commands();
+    std::size_t passes = 0;
+    for (std::size_t i = 0; i + pass.size() <= commands.size(); ++i) {
+        if (commands[i] != pass[0]) continue;
+        ++passes;
+        EXPECT_EQ(std::vector<std::string>(commands.begin() + static_cast<long>(i),
+                                           commands.begin() + static_cast<long>(i + pass.size())),
+                  pass);
+    }
+    EXPECT_GT(passes, 10u);
+}
+
+TEST(Schedule, EachPassOfTheLteCardsAsksInThisOrder) {
+    struct Row {
+        const char* card;
+        const char* service;
+    };
+    for (const Row& row : {Row{"-E362", "AT$NWSYSMODE"}, Row{"-E371", "AT$NWRAT?"}}) {
+        SCOPED_TRACE(row.card);
+        World world(row.card);
+        world.SetAddress("10.1.2.3");
+        world.Start();
+        world.RunFor(90s);
+        const std::vector<std::string> pass = {"at$qcsimstat?", "ATE0", row.service, "AT$NWRSSI=15",
+                                               "AT+TEMP"};
+        const std::vector<std::string> commands = world.Commands();
+        std::size_t passes = 0;
+        for (std::size_t i = 0; i + pass.size() <= commands.size(); ++i) {
+            if (commands[i] != pass[0]) continue;
+            ++passes;
+            EXPECT_EQ(
+                std::vector<std::string>(commands.begin() + static_cast<long>(i),
+                                         commands.begin() + static_cast<long>(i + pass.size())),
+                pass);
+        }
+        EXPECT_GT(passes, 5u);
+    }
+}
+
+TEST(Schedule, OverADayEveryTimerKeepsItsPeriod) {
+    World world("-881");
+    world.Keep({Kind::kWrite});
+    world.modem().SetHeardLimit(0);
+    world.WriteFile("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=yes\n");
+    world.Start();
+    world.RunFor(24h);
+    struct Row {
+        const char* command;
+        Duration period;
+    };
+    // A timer is looked at once in a pass, so its period is a lower bound; with everything due at
+    // once a pass of this card takes less than 20 s.
+    const Row rows[] = {
+        {"at!GSMINFO?", 30s},             // identity
+        {"AT+CMGL=\"REC UNREAD\"", 15s},  // messages
+        {"AT+CREG?", 30s},                // registration, once registered
+        {"AT+CCLK?", 14400s},             // network time
+        {"AT!ICCID?", 5s},                // card statistics
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.command);
+        Times times = world.CommandTimes(row.command);
+        ASSERT_GT(times.size(), 5u);
+        times.erase(times.begin(), times.begin() + 2);  // start-up and the first pass
+        EXPECT_GE(Distances(times).first, row.period);
+        EXPECT_LT(Distances(times).second, row.period + 20s);
+    }
+    EXPECT_EQ(world.CommandTimes("AT+CCLK?").size(), 6u);
+}
+
+// Commands of each timer's work heard since `start`.
+std::size_t CountSince(const World& world, const char* command, Duration start) {
+    const Times times = world.CommandTimes(command);
+    return static_cast<std::size_t>(
+        std::count_if(times.begin(), times.end(), [&](Duration at) { return at >= start; }));
+}
+
+// The wall clock is meant: set back behind a timer's start, the timer has expired; started again,
+// it counts as ever.
+TEST(Schedule, AClockSetBackMakesEveryRunningTimerExpireAtItsNextTest) {
+    World world("-881");
+    world.WriteFile("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=yes\n");
+    world.Start();
+    world.RunFor(100s);
+    ASSERT_TRUE(world.RunUntilCommand("AT+CSQ", 60s));  // behind this pass's timed work
+    const Duration jump = world.Now();
+    world.JumpClock(-1h);
+    world.RunFor(13s);
+    for (const char* command : {"at!GSMINFO?", "AT+CMGL=\"REC UNREAD\"", "AT+CREG?", "AT+CCLK?"}) {
+        SCOPED_TRACE(command);
+        EXPECT_EQ(CountSince(world, command, jump), 1u);
+    }
+    EXPECT_EQ(world.CommandTimes("AT+CCLK?").size(), 2u);
+}
+
+TEST(Schedule, AClockSetBackByLessThanATimerHasRunOnlyPutsItOff) {
+    World world("-881");
+    world.WriteFile("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=yes\n");
+    world.Start();
+    world.RunFor(1h);
+    world.JumpClock(-30min);
+    world.RunFor(3h);  // on the clock, 3.5 h since the timer of 4 h was started
+    EXPECT_EQ(world.CommandTimes("AT+CCLK?").size(), 1u);
+    world.RunFor(31min);
+    EXPECT_EQ(world.CommandTimes("AT+CCLK?").size(), 2u);
+}
+
+TEST(Schedule, AClockSetForwardByMoreThanAPeriodMakesTimersExpireEarly) {
+    World world("-881");
+    world.WriteFile("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=yes\n");
+    world.Start();
+    world.RunFor(100s);
+    ASSERT_EQ(world.CommandTimes("AT+CCLK?").size(), 1u);
+    world.JumpClock(4h);
+    world.RunFor(25s);
+    EXPECT_EQ(world.CommandTimes("AT+CCLK?").size(), 2u);
+}
+
+TEST(Schedule, AClockSetForwardByLessChangesNothingForTheLongTimer) {
+    World world("-881");
+    world.WriteFile("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=yes\n");
+    world.Start();
+    world.RunFor(100s);
+    world.JumpClock(3h);
+    world.RunFor(60s);
+    EXPECT_EQ(world.CommandTimes("AT+CCLK?").size(), 1u);
+}
+
+TEST(Schedule, AGenericModemIsOnlyAskedForWhatEveryModemKnows) {
+    World world;
+    world.Start();
+    world.RunFor(10min);
+    for (const std::string& command : world.Commands()) {
+        EXPECT_THAT(command, testing::AnyOf("AT", "AT+CREG=2", "at+gsn", "AT+CGDCONT?", "AT+CSQ",
+                                            "AT+CMGD=0,1"));
+    }
+    EXPECT_EQ(world.CommandTimes("at+gsn").size(), 1u);  // the number does not change
+    EXPECT_EQ(world.CountLog("Cannot sync to tower time, unsupported modem"), 1u);
+}
+
+}  // namespace

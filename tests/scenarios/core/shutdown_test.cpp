@@ -1,0 +1,192 @@
+// The ways out, for every card and at every point of a pass.
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+#include "rig/world.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using rig::Kind;
+using rig::World;
+using testing::ElementsAre;
+using Lines = std::vector<std::string>;
+
+constexpr char kEmptyLightbar[] = "/bin/echo -n  > /var/log/lightbar";
+constexpr char kRemoveStatus[] = "/bin/rm -f /var/log/wireless.*";
+constexpr char kReset[] = "ResetPCMCIA now &> /dev/null &";
+
+Lines Last(const Lines& all, std::size_t count) {
+    return Lines(all.end() - static_cast<long>(std::min(count, all.size())), all.end());
+}
+
+void ExpectStatusFilesGone() {
+    EXPECT_FALSE(World::Exists("/var/log/wireless.cardstats"));
+    EXPECT_FALSE(World::Exists("/var/log/wireless.serialno"));
+    EXPECT_FALSE(World::Exists("/var/log/wireless.other"));
+    EXPECT_FALSE(World::Exists("/var/run/BackendResetControl"));
+    EXPECT_TRUE(World::Exists("/var/log/lightbar"));
+    EXPECT_EQ(World::File("/var/log/lightbar"), "");
+    EXPECT_EQ(World::File("/var/run/modemd.pid"), "4242");
+}
+
+class Shutdown : public testing::TestWithParam<const char*> {
+  protected:
+    bool IsLte() const {
+        const std::string card = GetParam();
+        return card == "-E362" || card == "-E371";
+    }
+    // The shell commands of the clean-up.
+    Lines CleanUpShell() const {
+        Lines lines = {kEmptyLightbar, kRemoveStatus};
+        if (IsLte()) {
+            lines.insert(lines.end(),
+                         {"kill -USR2 `cat /var/run/udhcpc-wwan0.pid 2> /dev/null` &> /dev/null",
+                          "ifconfig wwan0 0.0.0.0 up &> /dev/null",
+                          "kill `cat /var/run/udhcpc-wwan0.pid 2> /dev/null` &> /dev/null",
+                          "ifconfig wwan0 0.0.0.0 up &> /dev/null",
+                          "ifconfig wwan0 0.0.0.0 down &> /dev/null"});
+        }
+        return lines;
+    }
+    Lines CleanUpLog() const {
+        Lines lines = {"doing cleanup and exiting"};
+        if (IsLte()) {
+            lines.insert(lines.end(), {"Stopping udhcpc on wwan0", "Stopping udhcpc on wwan0",
+                                       "Resetting udhcpc fail counter file"});
+        }
+        lines.push_back("exit");
+        return lines;
+    }
+    static void Prepare(World& world) {
+        world.WriteFile("/var/log/wireless.other", "x");
+        world.WriteFile("/var/run/BackendResetControl", "x");
+        world.Start();
+        world.RunFor(40s);
+    }
+};
+
+TEST_P(Shutdown, OnTerminateOrInterruptCleansUpAndEndsWithZero) {
+    for (const int number : {SIGTERM, SIGINT}) {
+        SCOPED_TRACE(number);
+        World world(GetParam());
+        Prepare(world);
+        world.ClearTrace();
+        world.Signal(number);
+        EXPECT_EQ(world.RunToExit(60s), 0);
+        Lines log = CleanUpLog();
+        log.insert(log.begin(), "received SIGINT/SIGTERM");
+        EXPECT_EQ(Last(world.Log(), log.size()), log);
+        EXPECT_EQ(Last(world.Shell(), CleanUpShell().size()), CleanUpShell());
+        ExpectStatusFilesGone();
+        EXPECT_EQ(world.CountLog("Resetting device"), 0u);
+        if (IsLte()) {
+            EXPECT_EQ(world.Commands().back(), "AT$NWQMIDISCONNECT");
+            EXPECT_EQ(World::File("/tmp/udhcpc.wwan0.lfc"), "LEASE_FAIL_COUNTER=0\n");
+        }
+    }
+}
+
+TEST_P(Shutdown, OnHangUpResetsTheModemFirst) {
+    World world(GetParam());
+    Prepare(world);
+    world.ClearTrace();
+    world.Signal(SIGHUP);
+    EXPECT_EQ(world.RunToExit(60s), 0);
+    Lines log = CleanUpLog();
+    log.insert(log.begin(), {"recieved SIGHUP, resetting device", "Resetting device"});
+    EXPECT_EQ(Last(world.Log(), log.size()), log);
+    Lines shell = CleanUpShell();
+    shell.insert(shell.begin(), kReset);
+    EXPECT_EQ(Last(world.Shell(), shell.size()), shell);
+    ExpectStatusFilesGone();
+}
+
+INSTANTIATE_TEST_SUITE_P(Cards, Shutdown,
+                         testing::Values("", "-881", "-USB305", "-mc75i", "-E362", "-E371"),
+                         [](const testing::TestParamInfo<const char*>& test) {
+                             const std::string option = test.param;
+                             return option.empty() ? "generic" : "card_" + option.substr(1);
+                         });
+
+TEST(Signals, InterruptWinsOverHangUp) {
+    World world;
+    world.Start();
+    world.RunFor(10s);
+    world.Signal(SIGHUP);
+    world.Signal(SIGINT);
+    EXPECT_EQ(world.RunToExit(30s), 0);
+    EXPECT_EQ(world.CountLog("received SIGINT/SIGTERM"), 1u);
+    EXPECT_EQ(world.CountLog("recieved SIGHUP, resetting device"), 0u);
+    EXPECT_EQ(world.CountLog("Resetting device"), 0u);
+}
+
+TEST(Signals, ActAtTheStartOfTheNextPassWithTheSleepsCutShort) {
+    World world;
+    world.Start();
+    ASSERT_TRUE(world.RunUntilCommand("AT+CSQ", 30s));
+    world.ClearTrace();
+    world.Signal(SIGTERM);  // during the pause behind CR: a usleep, then sleeps go on
+    EXPECT_EQ(world.RunToExit(30s), 0);
+    // The pass ends as it would have; only then is the flag looked at.
+    EXPECT_EQ(world.Commands(), Lines{"AT+CGDCONT?"});
+}
+
+TEST(Signals, ASecondOneWhileTheCleanUpRunsHasNoEffect) {
+    World world("-E362");
+    world.Start();
+    world.RunFor(60s);
+    world.Signal(SIGTERM);
+    ASSERT_TRUE(world.RunUntilLog("doing cleanup and exiting", 60s));
+    world.Signal(SIGHUP);
+    world.Signal(SIGTERM);
+    EXPECT_EQ(world.RunToExit(30s), 0);
+    EXPECT_EQ(world.CountLog("doing cleanup and exiting"), 1u);
+    EXPECT_EQ(world.CountLog("Resetting device"), 0u);
+}
+
+TEST(Signals, BeforeTheHandlersStandEndTheProcessAtOnce) {
+    World world;
+    world.ExpectEndBySignal();
+    world.Start();
+    world.RunFor(1s);
+    world.Signal(SIGTERM);
+    world.RunFor(1s);
+    EXPECT_FALSE(world.Running());
+    EXPECT_EQ(world.EndingSignal(), SIGTERM);
+    EXPECT_EQ(world.CountLog("doing cleanup and exiting"), 0u);
+}
+
+// Before each call of the C library in two passes, one run for each: whatever the daemon is
+// doing, it goes on to the end of its pass and then leaves in good order.
+TEST(Signals, AtEveryPointOfThePassEndTheDaemonInGoodOrder) {
+    std::uint64_t first = 0;
+    std::uint64_t last = 0;
+    {
+        World world("-E362");
+        world.Start();
+        ASSERT_TRUE(world.RunUntilCommand("AT+CSQ", 60s));
+        first = world.Calls();
+        ASSERT_TRUE(world.RunUntilCommand("AT+CSQ", 60s));
+        ASSERT_TRUE(world.RunUntilCommand("AT+CSQ", 60s));
+        last = world.Calls();
+    }
+    ASSERT_LT(first, last);
+    const std::uint64_t step = std::max<std::uint64_t>(1, (last - first) / 150);
+    for (std::uint64_t call = first; call <= last; call += step) {
+        SCOPED_TRACE(call);
+        World world("-E362");
+        world.SignalAtCall(call, SIGTERM);
+        world.Start();
+        ASSERT_EQ(world.RunToExit(180s), 0);
+        EXPECT_EQ(world.Log().back(), "exit");
+        EXPECT_EQ(world.Shell().back(), "ifconfig wwan0 0.0.0.0 down &> /dev/null");
+        EXPECT_EQ(world.Commands().back(), "AT$NWQMIDISCONNECT");
+        ExpectStatusFilesGone();
+        if (HasFailure()) return;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,238 @@
+// From the first log line to the main loop, for every card and every order of the options.
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+#include "rig/world.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using rig::World;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+using Lines = std::vector<std::string>;
+
+Lines FirstOf(const Lines& all, std::size_t count) {
+    return Lines(all.begin(), all.begin() + static_cast<long>(std::min(count, all.size())));
+}
+
+struct Card {
+    const char* option;
+    const char* message;
+    bool is_lte;
+    bool asks_text_mode;
+};
+
+const Card kCards[] = {
+    {"", "", false, false},
+    {"-881", "card type set to Sierra 881", false, true},
+    {"-USB305", "card type set to Sierra USB 305 Lightning", false, false},
+    {"-mc75i", "card type set to Centerion MC75i", false, false},
+    {"-E362", "card type set to Novatel E362/USB551L", true, false},
+    {"-E371", "card type set to Novatel E371/MC679", true, false},
+};
+
+class StartUpOfEveryCard : public testing::TestWithParam<Card> {};
+
+TEST_P(StartUpOfEveryCard, SaysWhatItFindsInThisOrder) {
+    World world(GetParam().option);
+    world.Start();
+    world.RunFor(2s);
+    Lines expected = {
+        "v1.45 starting",
+        "Writing pid 4242 to pidfile '/var/run/modemd.pid'",
+        "file /etc/ssh/ssh_host_dsa_key is present",
+        "uptime cutoff set to 600 seconds",
+    };
+    if (*GetParam().message != '\0') expected.push_back(GetParam().message);
+    EXPECT_EQ(world.Log(), expected);
+    EXPECT_EQ(World::File("/var/run/modemd.pid"), "4242");
+}
+
+TEST_P(StartUpOfEveryCard, BringsTheModemIntoAKnownState) {
+    World world(GetParam().option);
+    world.Start();
+    world.RunFor(10s);
+    Lines expected = {"AT"};
+    if (GetParam().is_lte) expected.push_back("ATE0");
+    expected.push_back("AT+CREG=2");
+    if (GetParam().asks_text_mode) expected.push_back("AT+CMGF=1");
+    EXPECT_EQ(FirstOf(world.Commands(), expected.size()), expected);
+    EXPECT_EQ(world.CountLog(GetParam().asks_text_mode ? "Modem supports CMGF SMS"
+                                                       : "Modem does not support CMGF SMS"),
+              1u);
+}
+
+TEST_P(StartUpOfEveryCard, TakesTheInterfaceUpForLteOnly) {
+    World world(GetParam().option);
+    world.Start();
+    world.RunFor(1s);
+    EXPECT_EQ(world.Shell(),
+              GetParam().is_lte ? Lines{"ifconfig wwan0 0.0.0.0 up &> /dev/null"} : Lines{});
+}
+
+TEST_P(StartUpOfEveryCard, LeavesAHeaderWithoutTimeStampInItsOwnLog) {
+    World world(GetParam().option);
+    world.modem().Answer("AT+GMM", "\r\nTestModel\r\n\r\nOK\r\n");
+    world.modem().Answer("AT+GSN", "\r\n001017000000115\r\n\r\nOK\r\n");
+    world.modem().Answer("AT+CNUM", "\r\n+CNUM: \"Line 1\",\"2015550142\",129\r\n\r\nOK\r\n");
+    world.modem().Answer("AT$NWMDN", "\r\n2015550142\r\n\r\nOK\r\n");
+    world.Start();
+    world.RunFor(40s);
+    const std::string option = GetParam().option;
+    const bool has_model = option != "" && option != "-mc75i";
+    const bool has_number = option != "";
+    EXPECT_EQ(World::File("/var/log/csq"),
+              std::string("# ") + (has_model ? "TestModel" : "Unknown") + ", 001017000000115, " +
+                  (has_number ? "2015550142" : "Unknown") + "\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(Cards, StartUpOfEveryCard, testing::ValuesIn(kCards),
+                         [](const testing::TestParamInfo<Card>& test) {
+                             const std::string option = test.param.option;
+                             return option.empty() ? "generic" : "card_" + option.substr(1);
+                         });
+
+// By hand: a canned command takes 1.04 s; a transaction 70 ms, its wait, and 50 ms for each read
+// that finds something. The times are those of the commands' carriage returns, 20 ms into each.
+TEST(StartUp, KeepsItsPaceToTheMillisecond) {
+    World world;
+    world.Start();
+    world.RunFor(13s);
+    struct Row {
+        const char* command;
+        int milliseconds;
+    };
+    const Row expected[] = {
+        {"AT", 20},
+        {"AT+CREG=2", 1060},
+        {"at+gsn", 2180},
+        {"AT+CGDCONT?", 2300},
+        {"AT+CSQ", 2420},        // the first pass begins at 2.400 s
+        {"AT+CGDCONT?", 3660},   // it was answered, and the status timer had never run
+        {"AT+CSQ", 5780},        // 2 s behind the end of the status work
+        {"AT+CSQ", 9020},        // the status timer has counted 3.24 s: no status work between
+        {"AT+CGDCONT?", 10260},  // and now 6.48 s
+        {"AT+CSQ", 12380},
+    };
+    const std::vector<rig::Command>& commands = world.GetTrace().Commands();
+    ASSERT_EQ(commands.size(), std::size(expected));
+    for (std::size_t i = 0; i < std::size(expected); ++i) {
+        SCOPED_TRACE(i);
+        EXPECT_EQ(commands[i].text, expected[i].command);
+        EXPECT_EQ(commands[i].at, expected[i].milliseconds * 1000);
+    }
+}
+
+TEST(StartUp, ACannedCommandFillsEightyBytesAndATransactionOnlyItsOwn) {
+    World world;
+    world.Start();
+    world.RunFor(2s);
+    std::string padded = "AT";
+    padded.resize(80, '\0');
+    EXPECT_EQ(world.GetTrace().Texts(rig::Kind::kWrite),
+              (Lines{padded, "\r", "\n", "AT+CREG=2", "\r", "\n"}));
+}
+
+TEST(StartUp, WarnsWhenTheInterfaceIsMissingAndGoesOn) {
+    World world("-E371");
+    world.SetShellStatus("ifconfig wwan0 0.0.0.0 up", 1);
+    world.Start();
+    world.RunFor(5s);
+    EXPECT_EQ(world.CountLog("Warning: Modem type set to E362/E371, but int wwan0 does not appear "
+                             "to exist."),
+              1u);
+    EXPECT_THAT(world.Commands(), testing::Contains("AT+CREG=2"));
+}
+
+TEST(StartUp, WaitsLongerForErrorsWhileTheHostKeyIsMissing) {
+    World world;
+    World::RemoveFile("/etc/ssh/ssh_host_dsa_key");
+    world.Start();
+    world.RunFor(1s);
+    EXPECT_EQ(world.Log()[2], "file /etc/ssh/ssh_host_dsa_key is not present");
+    EXPECT_EQ(world.Log()[3], "uptime cutoff set to 1800 seconds");
+}
+
+TEST(StartUp, WithoutADeviceItSaysHowToStartItAndEnds) {
+    World world(rig::Exactly{{"-E362", "-d"}});
+    world.OnTerminal();
+    world.Start();
+    EXPECT_EQ(world.RunToExit(1s), 1);
+    EXPECT_EQ(world.Log(), (Lines{
+                               "v1.45 starting",
+                               "Writing pid 4242 to pidfile '/var/run/modemd.pid'",
+                               "file /etc/ssh/ssh_host_dsa_key is present",
+                               "uptime cutoff set to 600 seconds",
+                               "card type set to Novatel E362/USB551L",
+                               "DEBUG: debug mode 1",
+                               "No /dev/device path given, exiting",
+                           }));
+    EXPECT_THAT(world.ErrorOutput(), StartsWith("usage: modemd "));
+    EXPECT_EQ(World::File("/var/run/modemd.pid"), "4242");
+    EXPECT_FALSE(World::Exists("/var/log/csq"));
+    EXPECT_TRUE(world.Shell().empty());
+}
+
+TEST(StartUp, PrintsNothingWhenItIsStartedRight) {
+    World world("-d -d -d -d");
+    world.Start();
+    world.RunFor(30s);
+    EXPECT_EQ(world.ErrorOutput(), "");
+}
+
+struct Order {
+    const char* arguments;
+    const char* poll;
+};
+
+class OrderOfOptions : public testing::TestWithParam<Order> {};
+
+TEST_P(OrderOfOptions, DecidesHowTheSignalIsPolled) {
+    World world(GetParam().arguments);
+    world.Start();
+    world.RunFor(30s);
+    const Lines commands = world.Commands();
+    const std::string other = std::string(GetParam().poll) == "AT+CSQ" ? "AT+CIND?" : "AT+CSQ";
+    EXPECT_THAT(commands, testing::Contains(GetParam().poll));
+    EXPECT_THAT(commands, Not(testing::Contains(other)));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Orders, OrderOfOptions,
+    testing::Values(Order{"-cind1 -E362", "AT+CSQ"}, Order{"-E362 -cind1", "AT+CIND?"},
+                    Order{"-cind1", "AT+CIND?"}, Order{"-cind1 -881 -cind1", "AT+CIND?"},
+                    Order{"-E371 -cind1 -mc75i", "AT+CSQ"}, Order{"-xyz -USB305", "AT+CSQ"}));
+
+TEST(StartUp, TheDeviceMayStandAnywhere) {
+    World world(rig::Exactly{{"/dev/ttyUSB0", "-E371", "/dev/other", "-d"}});
+    world.Start();
+    world.RunFor(2s);
+    EXPECT_EQ(world.CountLog("card type set to Novatel E371/MC679"), 1u);
+    EXPECT_EQ(world.CountLog("DEBUG: debug mode 1"), 1u);
+    EXPECT_THAT(world.Commands(), testing::Contains("ATE0"));
+}
+
+TEST(StartUp, TheLevelIsTheNumberOfOptions) {
+    World world("-d -dd -debug");
+    world.Start();
+    world.RunFor(1s);
+    EXPECT_EQ(world.CountLog("DEBUG: debug mode 3"), 1u);
+}
+
+TEST(StartUp, AProvisioningFileTakesTheDebugOptionsBack) {
+    World world("-d -d");
+    world.WriteFile("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=no\n");
+    world.Start();
+    world.RunFor(60s);
+    EXPECT_EQ(world.Log()[4], "DEBUG: debug mode 2");
+    for (const std::string& line : world.Log()) {
+        EXPECT_THAT(line, Not(HasSubstr("Sending command"))) << line;
+    }
+}
+
+}  // namespace
