@@ -21,7 +21,7 @@ TEST(SendFile, IsSentAndDeleted) {
     world.Drop("pump", "TO=+1 555 123 4567\nMSG=The pump has stopped.\n");
     world.Start();
     EXPECT_TRUE(world.RunUntilGone("pump", 60s));
-    EXPECT_EQ(world.Sent(), Lines{"The pump has stopped.\n\n"});
+    ASSERT_EQ(world.Sent(), Lines{"The pump has stopped.\n\n"});
     EXPECT_EQ(world.modem().SentMessages()[0].to, "+15551234567");
     world.RunFor(1s);
     world.ExpectLogInOrder({"Reading SMS File /tmp/sms/send/pump",
