@@ -99,6 +99,17 @@ TEST_F(ResetRule, OtherCountsDoNothing) {
     }
 }
 
+TEST_F(ResetRule, RubbishInTheStatusFileIsNoCount) {
+    World world;
+    std::string rubbish;
+    for (int i = 0; i < 200000; ++i) rubbish += static_cast<char>(i * 7919 >> 3);
+    world.WriteFile(kStatus, rubbish);
+    world.Start();
+    world.RunFor(30s);
+    EXPECT_EQ(Resets(world), 0u);
+    EXPECT_TRUE(world.Running());
+}
+
 TEST_F(ResetRule, ALinkPlantedAsTheMarkerIsNotFollowed) {
     World world;
     ASSERT_EQ(symlink("/tmp/victim", kMarker), 0);

@@ -1,6 +1,8 @@
 // A port that is missing, comes late, or dies.
 #include <gmock/gmock.h>
 
+#include <termios.h>
+
 #include <cerrno>
 #include <string>
 #include <vector>
@@ -55,6 +57,50 @@ TEST(Port, ThatAppearsLateIsTakenAtTheNextTry) {
     EXPECT_EQ(World::File("/var/log/lightbar"), "+CSQ: 17,99\n");
 }
 
+TEST(Port, ASignalDuringThePauseBetweenTwoTriesEndsTheWaiting) {
+    World world("-E362");
+    world.RemoveDevice();
+    world.Start();
+    world.RunFor(14s);
+    world.Signal(SIGTERM);
+    EXPECT_EQ(world.RunToExit(30s), 0);
+    // The pause is cut short, the try is made, and the next pass sees the flag.
+    EXPECT_EQ(OpenTimes(world), (Times{0, 10000000, 14000000}));
+    EXPECT_EQ(world.Log().back(), "exit");
+    EXPECT_EQ(world.CountLog("Resetting device"), 0u);
+}
+
+TEST(Port, APathOfMoreThanEightyCharactersIsCut) {
+    const std::string path = "/dev/" + std::string(75, 'p');
+    World world(rig::Exactly{{path + "-and-more"}});
+    world.RemoveDevice();
+    world.Start();
+    world.RunFor(5s);
+    EXPECT_EQ(world.GetTrace().Texts(Kind::kOpen), Lines{path});
+    EXPECT_EQ(world.CountLog("Unable to open port " + path + ", attempt 1/5"), 1u);
+}
+
+TEST(Port, IsMadeRawAndGetsASpeedOnTheMc75iOnly) {
+    for (const char* card : {"", "-881", "-USB305", "-mc75i", "-E362", "-E371"}) {
+        SCOPED_TRACE(card);
+        World world(card);
+        termio& line = world.PortSettings();
+        line.c_iflag = 0xffff & ~IGNBRK;
+        line.c_oflag = 0xffff;
+        line.c_lflag = 0xffff;
+        line.c_cflag = 0xefff;  // all but the bit for high speeds
+        world.Start();
+        world.RunFor(1s);
+        const termio now = world.PortSettings();
+        EXPECT_EQ(now.c_iflag, 0xffff & ~(BRKINT | IGNPAR | PARMRK | INPCK | ISTRIP | INLCR |
+                                          IGNCR | ICRNL | IXON | IXOFF | IXANY | IUCLC));
+        EXPECT_EQ(now.c_oflag, 0xffff & ~OPOST);
+        EXPECT_EQ(now.c_lflag, 0xffff & ~(ICANON | ECHO | ECHOE | ISIG));
+        const int speed = std::string(card) == "-mc75i" ? B115200 : B0;
+        EXPECT_EQ(now.c_cflag, (0xef00 & ~PARENB) | CLOCAL | CREAD | CS8 | speed);
+    }
+}
+
 TEST(Port, IsNotTriedAgainOnceItIsOpen) {
     World world;
     world.Start();
@@ -78,6 +124,14 @@ TEST(Port, TwentySixFailedWritesInARowResetTheModemAndEndTheProcess) {
     EXPECT_TRUE(World::Exists("/var/log/wireless.cardstats"));
     EXPECT_TRUE(World::Exists("/var/log/wireless.kept"));
     EXPECT_EQ(world.CountLog("doing cleanup and exiting"), 0u);
+}
+
+TEST(Port, TheTwentySixthFailedWriteIsTheOneTooMany) {
+    World world;
+    world.At(30s, [&] { world.FailWrites(EIO, 26); });
+    world.Start();
+    EXPECT_EQ(world.RunToExit(600s), 255);
+    EXPECT_EQ(world.GetTrace().Of(Kind::kWriteFailed).size(), 26u);
 }
 
 TEST(Port, TwentyFiveFailedWritesAreForgiven) {

@@ -159,6 +159,33 @@ TEST(Signals, BeforeTheHandlersStandEndTheProcessAtOnce) {
     EXPECT_EQ(world.CountLog("doing cleanup and exiting"), 0u);
 }
 
+TEST(Signals, AHangUpAtEveryPointOfThePassResetsTheModemOnce) {
+    std::uint64_t first = 0;
+    std::uint64_t last = 0;
+    {
+        World world("-881");
+        world.Start();
+        ASSERT_TRUE(world.RunUntilCommand("AT+CSQ", 60s));
+        first = world.Calls();
+        ASSERT_TRUE(world.RunUntilCommand("AT+CSQ", 60s));
+        last = world.Calls();
+    }
+    const std::uint64_t step = std::max<std::uint64_t>(1, (last - first) / 60);
+    for (std::uint64_t call = first; call <= last; call += step) {
+        SCOPED_TRACE(call);
+        World world("-881");
+        world.SignalAtCall(call, SIGHUP);
+        world.Start();
+        ASSERT_EQ(world.RunToExit(180s), 0);
+        EXPECT_EQ(Last(world.Shell(), 3), (Lines{kReset, kEmptyLightbar, kRemoveStatus}));
+        EXPECT_EQ(world.ShellTimes(kReset).size(), 1u);
+        EXPECT_EQ(Last(world.Log(), 4),
+                  (Lines{"recieved SIGHUP, resetting device", "Resetting device",
+                         "doing cleanup and exiting", "exit"}));
+        if (HasFailure()) return;
+    }
+}
+
 // Before each call of the C library in two passes, one run for each: whatever the daemon is
 // doing, it goes on to the end of its pass and then leaves in good order.
 TEST(Signals, AtEveryPointOfThePassEndTheDaemonInGoodOrder) {
