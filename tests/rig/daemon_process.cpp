@@ -20,7 +20,6 @@ namespace rig {
 namespace {
 
 constexpr long kLookEvery = 50000000;      // nanoseconds between two looks at the process
-constexpr double kMostWithoutCall = 20;    // seconds of real time
 constexpr double kMostWithoutSleep = 120;  // the same, while calls are made
 constexpr double kMostForTheEnd = 120;     // from the last request to the process's end
 
@@ -138,7 +137,8 @@ void DaemonProcess::CheckProgress() {
     if (calls_since_ == 0 || memory_->calls != seen_calls_) calls_since_ = real_now;
     seen_now_ = memory_->now;
     seen_calls_ = memory_->calls;
-    if (real_now - calls_since_ > kMostWithoutCall) GiveUp("the daemon hangs: it makes no call");
+    if (real_now - calls_since_ > static_cast<double>(patience_.count()))
+        GiveUp("the daemon hangs: it makes no call");
     if (real_now - now_since_ > kMostWithoutSleep) GiveUp("the daemon is busy: it never sleeps");
 }
 

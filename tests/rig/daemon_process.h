@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -40,6 +41,9 @@ class DaemonProcess {
     // Request::kExiting the process is gone.
     Request Resume();
 
+    // How long in real time it may go without a call; 20 s at first.
+    void SetPatience(std::chrono::seconds patience) { patience_ = patience; }
+
     bool Running() const { return process_ > 0; }
     // The status that waitpid gave.
     int WaitStatus() const { return wait_status_; }
@@ -67,6 +71,7 @@ class DaemonProcess {
     // Signs of life at the last look, and since when they stand still.
     std::uint64_t seen_calls_ = 0;
     Micros seen_now_ = 0;
+    std::chrono::seconds patience_{20};
     double calls_since_ = 0;
     double now_since_ = 0;
 };

@@ -145,11 +145,19 @@ int Guarded(const std::function<int()>& body) {
     }
 }
 
-// The child leaves with `body`'s status, by exit, so that its own checks at the end run.
-int InChild(const std::function<int()>& body) {
+// The tests' process leaves by exit, so that its own checks at the end run; those between cannot
+// run any, since they could start no thread.
+enum class Leaving { kByExit, kAtOnce };
+
+int InChild(Leaving leaving, const std::function<int()>& body) {
     const pid_t child = fork();
     if (child < 0) Fail("fork");
-    if (child == 0) exit(Guarded(body));
+    if (child == 0) {
+        const int status = Guarded(body);
+        if (leaving == Leaving::kByExit) exit(status);
+        std::fflush(nullptr);
+        _exit(status);
+    }
     return WaitFor(child);
 }
 
@@ -162,21 +170,24 @@ int RemoveEntry(const char* path, const struct stat*, int, FTW* where) {
 }  // namespace
 
 int RunInPrivateRoot(std::vector<std::string> keep, const std::function<int()>& body) {
-    std::fflush(nullptr);
-    return Guarded([&] {
-        keep.push_back(fs::current_path());
+    keep.push_back(fs::current_path());
+    const auto run_tests = [&] {
+        g_private = true;
+        return body();
+    };
+    // The first process of a pid namespace takes no signals that it has no handler for, so the
+    // tests run in its child.
+    const auto be_first = [&] {
+        BuildRoot(keep);
+        DropClockRight();
+        return InChild(Leaving::kByExit, run_tests);
+    };
+    const auto enter = [&] {
         EnterNamespaces();
-        // The first process of a pid namespace takes no signals it has no handler for, so the
-        // tests run in its child.
-        return InChild([&] {
-            BuildRoot(keep);
-            DropClockRight();
-            return InChild([&] {
-                g_private = true;
-                return body();
-            });
-        });
-    });
+        return InChild(Leaving::kAtOnce, be_first);
+    };
+    std::fflush(nullptr);
+    return InChild(Leaving::kAtOnce, enter);
 }
 
 void EmptyPrivateFolders() {

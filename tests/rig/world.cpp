@@ -95,12 +95,13 @@ World::World(const Exactly& exactly) : memory_(process_.Memory()), files_(memory
 }
 
 void World::SetUp(std::vector<std::string> arguments) {
+    program_ = DaemonProgram();
     arguments_ = std::move(arguments);
     memory_.wall_offset = kUsualStart * 1000000;
     memory_.process_id = kUsualProcess;
     memory_.kept_kinds = kUsualKinds;
     memory_.settings = FreshSettings();
-    CopyText(memory_.device, DeviceOf(arguments_));
+    SetDevice(DeviceOf(arguments_));
     SetUptime(kUsualUptime);
     UseProfile(ProfileOf(arguments_));
     EmptyPrivateFolders();
@@ -116,6 +117,10 @@ World::~World() {
 
 void World::SetEnvironment(const std::string& name, const std::string& value) {
     environment_[name] = value;
+}
+
+void World::SetDevice(const std::string& path) {
+    CopyText(memory_.device, path);
 }
 
 void World::SetWallClock(const std::string& utc) {
@@ -139,7 +144,7 @@ std::vector<std::string> World::Environment() const {
     std::map<std::string, std::string> all = {
         {"TZ", "UTC"},
         {"PATH", "/usr/sbin:/usr/bin:/sbin:/bin"},
-        {"LD_PRELOAD", PreloadList(DaemonProgram())},
+        {"LD_PRELOAD", PreloadList(program_)},
         {"ASAN_OPTIONS", "exitcode=99:detect_leaks=1:detect_stack_use_after_return=1"},
         {"UBSAN_OPTIONS", "print_stacktrace=1"}};
     for (const auto& [name, value] : environment_) all[name] = value;
@@ -153,7 +158,7 @@ void World::Start() {
     if (!InPrivateRoot()) throw std::logic_error("no private root");
     modem_->SetClock(WallSeconds(), 0);
     DaemonProcess::Launching launching;
-    launching.program = DaemonProgram();
+    launching.program = program_;
     launching.arguments = {argv0_};
     launching.arguments.insert(launching.arguments.end(), arguments_.begin(), arguments_.end());
     launching.environment = Environment();

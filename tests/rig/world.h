@@ -57,10 +57,14 @@ class World {
     World& operator=(const World&) = delete;
 
     // --- Before the start ---------------------------------------------------------------------
+    void SetProgram(const std::string& path) { program_ = path; }  // another one than the daemon
+    void SetDevice(const std::string& path);                       // where the modem is
     void SetProgramName(const std::string& argv0) { argv0_ = argv0; }        // "modemd" else
     void SetEnvironment(const std::string& name, const std::string& value);  // TZ is UTC else
     void SetProcessId(int id) { memory_.process_id = id; }
     void SetWallClock(const std::string& utc);  // "2026-03-14 09:15:00"
+    // Real time between two calls of the daemon after which it counts as hanging.
+    void SetPatience(std::chrono::seconds real) { process_.SetPatience(real); }
     void OnTerminal() { on_terminal_ = true; }  // a person started it
 
     // --- The story ----------------------------------------------------------------------------
@@ -220,6 +224,7 @@ class World {
     std::unique_ptr<sim::Modem> modem_;
     std::unique_ptr<Peer> peer_;
 
+    std::string program_;
     std::string argv0_ = "modemd";
     std::vector<std::string> arguments_;
     std::map<std::string, std::string> environment_;
