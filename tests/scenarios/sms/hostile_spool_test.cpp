@@ -19,6 +19,13 @@ using Lines = std::vector<std::string>;
 
 namespace {
 
+// Shells are started in the private /tmp, where a name that gets through may do its harm.
+struct StayInTmp {
+    StayInTmp() { std::filesystem::current_path("/tmp"); }
+    ~StayInTmp() { std::filesystem::current_path(before); }
+    const std::filesystem::path before = std::filesystem::current_path();
+};
+
 // The daemon still does its work.
 void ExpectAlive(SmsWorld& world) {
     const auto before = world.CommandTimes(kListUnread).size();
@@ -61,6 +68,7 @@ TEST(HostileNames, AreOneWordToTheShell) {
                          "{a,b}"};
     SmsWorld world;
     world.LetTheModemRefuse();
+    const StayInTmp here;
     world.Start();
     for (const std::string& name : names) {
         SCOPED_TRACE(name);
@@ -72,7 +80,6 @@ TEST(HostileNames, AreOneWordToTheShell) {
         world.RemoveFile(kFail + failed);
     }
     EXPECT_FALSE(world.Exists("/tmp/pwned"));
-    EXPECT_FALSE(world.Exists("pwned"));
 }
 
 TEST(HostileNames, OfTheFullLengthKeepRoomForTheTimeStamp) {
