@@ -325,7 +325,7 @@ void World::CheckEnd() {
     const std::string errors = process_.ErrorOutput();
     const bool report = errors.find("Sanitizer") != std::string::npos ||
                         errors.find("runtime error:") != std::string::npos;
-    if (report || (!errors.empty() && !error_output_allowed_ && !crashed_)) {
+    if (!crashed_ && !errors.empty() && (report || !error_output_allowed_)) {
         ADD_FAILURE() << "standard error of the daemon:\n" << errors;
     }
     if (unknown_allowed_) return;

@@ -87,14 +87,13 @@ void World::Step(Micros stop) {
 }
 
 void World::Sleep(Micros stop) {
-    const Micros until = memory_.sleep_until;
-    const auto interrupted = [this] { return memory_.signal_count > 0 && !in_shell_; };
-    if (memory_.now < until && !interrupted()) {
-        memory_.now = std::max(memory_.now, std::min({until, NextEvent(), stop}));
+    if (NextEvent() <= memory_.now) RunDue();
+    const bool interrupted = memory_.signal_count > 0 && !in_shell_;
+    if (memory_.now < memory_.sleep_until && !interrupted) {
+        memory_.now = std::min({memory_.sleep_until, NextEvent(), stop});
         RunDue();
-        if (memory_.now < until && !interrupted()) return;
+        return;
     }
-    if (memory_.now >= stop && memory_.now >= until) return;
     in_shell_ = false;
     Resume(stop);
 }

@@ -267,7 +267,9 @@ void Hang() {
 
 void Leak() {
     sleep(1);
-    static_cast<void>(new char[100]);
+    char* volatile lost = new char[100];
+    SayResult("lost", lost == nullptr ? 0 : 100);
+    lost = nullptr;
 }
 
 void Complain() {
