@@ -52,6 +52,10 @@ bool HasNumber(Kind kind) {
 
 }  // namespace
 
+bool operator==(const Event& a, const Event& b) {
+    return a.at == b.at && a.kind == b.kind && a.number == b.number && a.text == b.text;
+}
+
 std::ostream& operator<<(std::ostream& out, const Event& event) {
     char head[64];
     std::snprintf(head, sizeof(head), "%14.6f  %-8s ", static_cast<double>(event.at) / 1e6,

@@ -17,6 +17,7 @@ struct Event {
     std::string text;
 };
 
+bool operator==(const Event& a, const Event& b);
 std::ostream& operator<<(std::ostream& out, const Event& event);
 
 // A command line as the modem reads it: writes joined up to a carriage return, without the NUL

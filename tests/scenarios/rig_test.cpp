@@ -17,16 +17,34 @@ TEST(SignalPoll, FlipsToTheOtherFormAfterAnError) {
     EXPECT_EQ(world.CountLog("AT command gave an error, switching CSQ modes to AT+CSQ?"), 1U);
 }
 
-TEST(SimulatedDay, IsLivedByEveryModel) {
-    for (const char* option : {"", "-881", "-E362", "-E371", "-USB305", "-mc75i"}) {
-        SCOPED_TRACE(option);
-        World world(option);
+class Model : public ::testing::TestWithParam<const char*> {};
+
+INSTANTIATE_TEST_SUITE_P(All, Model,
+                         ::testing::Values("", "-881", "-E362", "-E371", "-USB305", "-mc75i"));
+
+TEST_P(Model, IsServedForTwoHoursWithoutACommandThatItDoesNotKnow) {
+    World world(GetParam());
+    world.Start();
+    world.RunFor(2h);
+    EXPECT_EQ(world.Now(), 2h);
+    EXPECT_GT(world.CommandTimes("AT+CSQ").size(), 400U);
+    world.Signal(SIGTERM);
+    EXPECT_EQ(world.RunToExit(60s), 0);
+}
+
+TEST(SimulatedDay, HasTheSameTraceEachTime) {
+    const auto run = [] {
+        World world("-E362");
+        world.SetAddress("10.64.0.2");
         world.Start();
-        world.RunFor(24h);
-        EXPECT_TRUE(world.Running());
-        EXPECT_EQ(world.Now(), 24h);
-        EXPECT_GT(world.CommandTimes("AT+CSQ").size(), 5000U);
-        world.Signal(SIGTERM);
-        EXPECT_EQ(world.RunToExit(60s), 0);
+        world.RunFor(12h);
+        return world.GetTrace().Events();
+    };
+    const std::vector<Event> first = run();
+    const std::vector<Event> second = run();
+    ASSERT_EQ(first.size(), second.size());
+    EXPECT_GT(first.size(), 50000U);
+    for (std::size_t i = 0; i < first.size(); ++i) {
+        ASSERT_TRUE(first[i] == second[i]) << first[i] << "\n" << second[i];
     }
 }
