@@ -1,6 +1,7 @@
 // The two files that steer the running daemon, read again when their time changes.
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,11 @@ using Lines = std::vector<std::string>;
 constexpr char kPpp[] = "/etc/kvt/wireless/cellmodem_ppp.conf";
 constexpr char kProvision[] = "/etc/kvt/wireless/cellmodem_provision_data.conf";
 constexpr char kMissing[] = "DEBUG:  ReadPppConfigFile(): CM_APN entry missing ";
+
+// Empty when there is none.
+std::string LastOf(const Lines& lines) {
+    return lines.empty() ? "" : lines.back();
+}
 
 // Lines of the log that speak of the PPP file.
 Lines ConfigLog(const World& world) {
@@ -161,7 +167,7 @@ TEST(PppFile, IsReadAgainWhenItsTimeChangesAndOnlyThen) {
     EXPECT_EQ(ConfigLog(world), Lines{"Setting Context 3 APN to 'one'"});
     world.WriteFile(kPpp, "CM_APN=two\n");
     world.RunFor(60s);
-    EXPECT_EQ(ConfigLog(world).back(), "Setting Context 3 APN to 'two'");
+    EXPECT_EQ(LastOf(ConfigLog(world)), "Setting Context 3 APN to 'two'");
     world.Touch(kPpp);
     world.RunFor(60s);
     EXPECT_EQ(ConfigLog(world),
@@ -169,20 +175,48 @@ TEST(PppFile, IsReadAgainWhenItsTimeChangesAndOnlyThen) {
                      "Setting Context 3 APN to 'two'"}));
 }
 
+TEST(PppFile, IsReadFirstInEveryPassThoughTheModemIsSilent) {
+    World world("-E362");
+    world.WriteFile(kPpp, "CM_APN=one\n");
+    world.modem().Answer("AT+CSQ", "");
+    world.Start();
+    world.RunFor(60s);
+    const Lines commands = world.Commands();
+    const auto apn = std::find(commands.begin(), commands.end(), "AT+CGDCONT=3,\"ipv4v6\",\"one\"");
+    const auto query = std::find(commands.begin(), commands.end(), "at$qcsimstat?");
+    EXPECT_LT(apn, query);
+    world.WriteFile(kPpp, "CM_APN=two\n");
+    world.RunFor(20s);
+    EXPECT_EQ(LastOf(ConfigLog(world)), "Setting Context 3 APN to 'two'");
+}
+
+TEST(ProvisioningFile, IsNotReadWhileTheModemIsSilent) {
+    World world("-E362");
+    world.Start();
+    world.RunFor(30s);
+    world.modem().Answer("AT+CSQ", "");
+    world.RunFor(10s);
+    world.WriteFile(kProvision, "DEBUG_MODE=1\n");
+    world.RunFor(60s);
+    world.ExpectNoLog("DEBUG_MODE set to 1");
+    world.modem().Forget("AT+CSQ");
+    world.RunFor(20s);
+    EXPECT_EQ(world.CountLog("DEBUG_MODE set to 1"), 1u);
+}
+
 TEST(PppFile, AChangeWithinTheSameSecondIsNotSeen) {
     World world("-E362");
     world.Start();
-    world.RunFor(100s);
+    world.RunFor(100200ms);
     world.WriteFile(kPpp, "CM_APN=one\n");
     ASSERT_TRUE(world.RunUntilLog("Setting Context 3 APN to 'one'", 30s));
-    const rig::Duration age = world.Now() - 100s;
     world.WriteFile(kPpp, "CM_APN=two\n");
-    world.SetAge(kPpp, age);  // the same whole second, as of 100 s
+    world.SetAge(kPpp, world.Now() - 100700ms);  // written half a second behind the first
     world.RunFor(60s);
     EXPECT_EQ(ConfigLog(world), Lines{"Setting Context 3 APN to 'one'"});
-    world.SetAge(kPpp, age + 61s);  // an older time is a change, too
+    world.SetAge(kPpp, world.Now());  // an older time is a change, too
     world.RunFor(60s);
-    EXPECT_EQ(ConfigLog(world).back(), "Setting Context 3 APN to 'two'");
+    EXPECT_EQ(LastOf(ConfigLog(world)), "Setting Context 3 APN to 'two'");
 }
 
 TEST(PppFile, ThatGoesKeepsItsValuesAndIsReadWhenItComesBack) {
@@ -211,7 +245,7 @@ TEST(PppFile, OfRubbishOrOfGreatSizeDoesNoHarm) {
     world.RunFor(30s);
     world.WriteFile(kPpp, "CM_APN=good\n" + std::string(8 << 20, 'x'));
     world.RunFor(30s);
-    EXPECT_EQ(ConfigLog(world)[0], "Setting Context 3 APN to 'good'");
+    EXPECT_EQ(ConfigLog(world).at(0), "Setting Context 3 APN to 'good'");
     world.Signal(SIGTERM);
     EXPECT_EQ(world.RunToExit(60s), 0);
 }

@@ -20,6 +20,11 @@ using Times = std::vector<rig::Micros>;
 
 constexpr char kReset[] = "ResetPCMCIA now &> /dev/null &";
 
+// Empty when there is none.
+std::string LastOf(const Lines& lines) {
+    return lines.empty() ? "" : lines.back();
+}
+
 Times OpenTimes(const World& world) {
     Times times;
     for (const rig::Event& event : world.GetTrace().Of(Kind::kOpen)) times.push_back(event.at);
@@ -40,8 +45,8 @@ TEST(Port, ThatNeverOpensIsTriedFiveTimesThenTheModemIsReset) {
     const Lines log = world.Log();
     ASSERT_GE(log.size(), 2u);
     EXPECT_EQ(log[log.size() - 2], "Failed to open port 5 times, exiting");
-    EXPECT_EQ(log.back(), "Resetting device");
-    EXPECT_EQ(world.Shell().back(), kReset);
+    EXPECT_EQ(LastOf(log), "Resetting device");
+    EXPECT_EQ(LastOf(world.Shell()), kReset);
     EXPECT_EQ(world.Now(), 40s);
 }
 
@@ -66,7 +71,7 @@ TEST(Port, ASignalDuringThePauseBetweenTwoTriesEndsTheWaiting) {
     EXPECT_EQ(world.RunToExit(30s), 0);
     // The pause is cut short, the try is made, and the next pass sees the flag.
     EXPECT_EQ(OpenTimes(world), (Times{0, 10000000, 14000000}));
-    EXPECT_EQ(world.Log().back(), "exit");
+    EXPECT_EQ(LastOf(world.Log()), "exit");
     EXPECT_EQ(world.CountLog("Resetting device"), 0u);
 }
 
@@ -117,9 +122,10 @@ TEST(Port, TwentySixFailedWritesInARowResetTheModemAndEndTheProcess) {
     EXPECT_EQ(world.RunToExit(600s), 255);
     EXPECT_GE(world.GetTrace().Of(Kind::kWriteFailed).size(), 26u);
     const Lines log = world.Log();
+    ASSERT_GE(log.size(), 2u);
     EXPECT_EQ(log[log.size() - 2], "Port error counter above 25, resetting modem");
-    EXPECT_EQ(log.back(), "Resetting device");
-    EXPECT_EQ(world.Shell().back(), kReset);
+    EXPECT_EQ(LastOf(log), "Resetting device");
+    EXPECT_EQ(LastOf(world.Shell()), kReset);
     // No clean-up on this way out.
     EXPECT_TRUE(World::Exists("/var/log/wireless.cardstats"));
     EXPECT_TRUE(World::Exists("/var/log/wireless.kept"));

@@ -33,7 +33,7 @@ TEST(Schedule, TheFirstAnsweredPassDoesStatusWorkAndAsksForTheTimeAtOnce) {
     ASSERT_TRUE(world.RunUntilCommand("AT+CCLK?", 60s));
     EXPECT_EQ(world.CommandTimes("AT+CSQ").size(), 1u);
     EXPECT_EQ(world.CommandTimes("AT+CGDCONT?").size(), 2u);  // identity pass and status work
-    EXPECT_LT(world.CommandTimes("AT+CSQ")[0], world.CommandTimes("AT+CGDCONT?")[1]);
+    EXPECT_LT(world.CommandTimes("AT+CSQ").at(0), world.CommandTimes("AT+CGDCONT?").at(1));
 }
 
 TEST(Schedule, EachPassOfTheSierra881AsksInThisOrder) {

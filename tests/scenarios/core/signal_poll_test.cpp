@@ -60,7 +60,7 @@ TEST(SignalPoll, StaysWithTheFormThatWorks) {
     world.Start();
     world.RunFor(60s);
     const Lines polls = world.CommandsMatching("AT+CSQ");
-    EXPECT_EQ(polls[0], "AT+CSQ");
+    EXPECT_EQ(polls.at(0), "AT+CSQ");
     EXPECT_THAT(Lines(polls.begin() + 1, polls.end()), Each("AT+CSQ?"));
     EXPECT_EQ(World::File(kLightbar), "+CSQ: 9,0\n");
 }

@@ -42,7 +42,7 @@ TEST_P(StalePidFile, IsOverwritten) {
     if (!GetParam().started.empty()) world.AddProcess(77, GetParam().started);
     world.Start();
     world.RunFor(5s);
-    EXPECT_EQ(world.Log()[1], kWriting);
+    EXPECT_EQ(world.Log().at(1), kWriting);
     EXPECT_EQ(World::File(kPidFile), "4242");
     EXPECT_FALSE(world.Commands().empty());
 }
@@ -63,7 +63,7 @@ TEST(SingleInstance, AThreadOfTheKernelHasNoCommandLineAndIsNoCopy) {
     world.AddProcess(77, "");
     world.Start();
     world.RunFor(1s);
-    EXPECT_EQ(world.Log()[1], kWriting);
+    EXPECT_EQ(world.Log().at(1), kWriting);
 }
 
 TEST(SingleInstance, ANameWithinThePathCounts) {
@@ -79,7 +79,7 @@ TEST(SingleInstance, GoesOnSilentlyWhenThePidFileCannotBeWritten) {
     world.FailPath(kPidFile, EACCES);
     world.Start();
     world.RunFor(5s);
-    EXPECT_EQ(world.Log()[1], "file /etc/ssh/ssh_host_dsa_key is present");
+    EXPECT_EQ(world.Log().at(1), "file /etc/ssh/ssh_host_dsa_key is present");
     EXPECT_FALSE(world.Commands().empty());
 }
 

@@ -154,8 +154,8 @@ TEST(StartUp, WaitsLongerForErrorsWhileTheHostKeyIsMissing) {
     World::RemoveFile("/etc/ssh/ssh_host_dsa_key");
     world.Start();
     world.RunFor(1s);
-    EXPECT_EQ(world.Log()[2], "file /etc/ssh/ssh_host_dsa_key is not present");
-    EXPECT_EQ(world.Log()[3], "uptime cutoff set to 1800 seconds");
+    EXPECT_EQ(world.Log().at(2), "file /etc/ssh/ssh_host_dsa_key is not present");
+    EXPECT_EQ(world.Log().at(3), "uptime cutoff set to 1800 seconds");
 }
 
 TEST(StartUp, WithoutADeviceItSaysHowToStartItAndEnds) {
@@ -229,7 +229,7 @@ TEST(StartUp, AProvisioningFileTakesTheDebugOptionsBack) {
     world.WriteFile("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=no\n");
     world.Start();
     world.RunFor(60s);
-    EXPECT_EQ(world.Log()[4], "DEBUG: debug mode 2");
+    EXPECT_EQ(world.Log().at(4), "DEBUG: debug mode 2");
     for (const std::string& line : world.Log()) {
         EXPECT_THAT(line, Not(HasSubstr("Sending command"))) << line;
     }
