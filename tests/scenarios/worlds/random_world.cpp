@@ -1,0 +1,333 @@
+#include "scenarios/worlds/random_world.h"
+
+#include <gtest/gtest.h>
+#include <syslog.h>
+
+#include <algorithm>
+#include <cstring>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+
+#include "rig/program.h"
+#include "scenarios/worlds/status_files.h"
+
+namespace worlds {
+
+namespace {
+
+using rig::Kind;
+
+constexpr Duration kChapter = 5min;          // the trace is looked at and let go this often
+constexpr Duration kLongestPass = 2min;      // with all that may delay it
+constexpr Duration kLongestDying = 10min;    // of a daemon without a modem
+constexpr std::size_t kLongestSent = 150;    // characters of a message
+constexpr std::size_t kLongestFile = 65536;  // bytes that are read of a send file
+constexpr std::size_t kLongestApn = 20;
+
+// KiB of the daemon's own memory at the end of a chapter.
+constexpr long kMostMemory = 4096;
+constexpr long kMostMemoryInFloods = 65536;
+constexpr long kSmallGrowth = 16;
+constexpr Duration kSettlingTime = 1h;
+
+constexpr const char* kApns[] = {"internet", "ISP.Example", "a-b_c!", "exactly-twenty-chars"};
+
+constexpr const char* kEndings[] = {"SIGTERM", "SIGTERM within a pass", "SIGHUP and SIGTERM",
+                                    "the modem is pulled out"};
+
+// The last character of a file without a line end is read twice.
+std::set<std::string> AllowedApns() {
+    std::set<std::string> apns;
+    for (const std::string apn : kApns) {
+        apns.insert(apn);
+        if (apn.size() < kLongestApn) apns.insert(apn + apn.back());
+    }
+    return apns;
+}
+
+std::string WithoutWhiteSpace(std::string text) {
+    const auto is_space = [](char c) { return std::strchr(" \t\r\n", c) != nullptr; };
+    text.erase(std::remove_if(text.begin(), text.end(), is_space), text.end());
+    return text;
+}
+
+// Memory of the daemon that is its own, KiB; what it shares with the rig is left out.
+long DaemonMemory() {
+    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+        std::ifstream status(entry.path() / "status");
+        std::string word;
+        std::string name;
+        while (status >> word) {
+            if (word == "Name:") status >> name;
+            if (word != "RssAnon:" || name != "modemd") continue;
+            long kilobytes = 0;
+            status >> kilobytes;
+            return kilobytes;
+        }
+    }
+    return 0;
+}
+
+bool IsSanitized() {
+    return rig::PreloadList(rig::DaemonProgram()).find("libasan") != std::string::npos;
+}
+
+}  // namespace
+
+std::string Plan::Arguments() const {
+    std::string arguments = OptionOf(card);
+    for (int i = 0; i < debug_options; ++i) arguments += " -d";
+    if (polls_indicators) arguments += " -cind1";
+    return arguments;
+}
+
+bool Plan::HasFloods() const {
+    return std::any_of(happenings.begin(), happenings.end(), [](const Drawn& drawn) {
+        return drawn.happening->what == std::string("the modem floods");
+    });
+}
+
+std::ostream& operator<<(std::ostream& out, const Plan& plan) {
+    out << "the world of seed " << plan.seed << ": modemd " << plan.Arguments() << ", "
+        << plan.length / 1min << " minutes, then " << kEndings[static_cast<int>(plan.ending)];
+    if (plan.device_comes_late) out << "; the device comes late";
+    if (plan.shell_has_troubles) out << "; shell commands fail now and then";
+    for (const Plan::Drawn& drawn : plan.happenings) {
+        out << "; every " << drawn.gap / 1s << " s " << drawn.happening->what;
+    }
+    return out;
+}
+
+Plan DrawPlan(std::uint64_t seed, unsigned number) {
+    Plan plan;
+    plan.seed = seed * 1000 + number;
+    Dice dice(plan.seed);
+    plan.card = kCards[number % std::size(kCards)];
+    plan.polls_indicators = dice.Chance(25);
+    plan.debug_options = dice.Between(0, 4);
+    plan.device_comes_late = dice.Chance(20);
+    plan.shell_has_troubles = dice.Chance(50);
+    plan.length = dice.Between(2 * 60, 5 * 60) * 1min;
+    plan.ending = static_cast<Ending>(dice.Below(std::size(kEndings)));
+    for (const Happening& happening : Happenings()) {
+        const Duration gap = dice.Between(happening.usual_gap / 3, happening.usual_gap * 2);
+        if (dice.Chance(65)) plan.happenings.push_back({&happening, gap});
+    }
+    return plan;
+}
+
+RandomWorld::RandomWorld(const Plan& plan)
+    : World(plan.Arguments()),
+      plan_(plan),
+      dice_(plan.seed + 1),
+      twin_(sim::LoadProfile(modem().Name()), plan.seed) {
+    given_.card = plan.card;
+    given_.polls_indicators = plan.polls_indicators;
+    given_.apns = AllowedApns();
+    for (const std::string& path : StatusFiles()) Watch(path);
+    // What a send file says reaches the modem as it stands, and may be a command to it.
+    AllowUnknownCommands();
+    modem().SetHeardLimit(1);
+    SetTheScene();
+    ServeShellLines();
+}
+
+void RandomWorld::SetTheScene() {
+    if (dice_.Chance(30)) RemoveFile("/etc/ssh/ssh_host_dsa_key");
+    if (dice_.Chance(30)) WriteFile("/var/run/modemd.pid", dice_.Chance(50) ? "4711" : "garbage");
+    if (dice_.Chance(30)) SetUptime(dice_.Between(10s, 30min));
+    if (dice_.Chance(10)) RemoveUptime();
+    SetTxBytes([](Duration now) { return static_cast<std::uint64_t>(now / 1s) * 1000; });
+    if (!plan_.device_comes_late) return;
+    RemoveDevice(dice_.Chance(50) ? ENOENT : EIO);
+    At(dice_.Between(1s, 30s), [this] { AddDevice(); });
+}
+
+// While the call is up, a udhcpc that is started gets an address; the clock is really set.
+void RandomWorld::ServeShellLines() {
+    OnShell("udhcpc", [this](const std::string&) {
+        if (modem().GetState().call.GetPhase() == sim::DataCall::Phase::kUp) {
+            SetAddress("10.64.0.2");
+        }
+        return TakeShellTrouble();
+    });
+    OnShell("kill `cat", [this](const std::string&) {
+        ClearAddress();
+        return TakeShellTrouble();
+    });
+    for (const char* start : {"ifconfig", "ping", "ResetPCMCIA"}) {
+        OnShell(start, [this](const std::string&) { return TakeShellTrouble(); });
+    }
+    OnShell("mv ", [this](const std::string& line) {
+        const int trouble = TakeShellTrouble();
+        return trouble != 0 ? trouble : Move(PlainShellWords(line));
+    });
+    OnShell("/bin/date", [this](const std::string& line) { return SetClock(line); });
+}
+
+int RandomWorld::TakeShellTrouble() {
+    if (!plan_.shell_has_troubles || !dice_.Chance(20)) return 0;
+    TakeTime(dice_.Between(0s, 5s));
+    return dice_.Between(0, 1);
+}
+
+// As mv does it, but within the simulated time of the files.
+int RandomWorld::Move(const std::vector<std::string>& words) {
+    if (words.size() != 4 || !Exists(words[2])) return 1;
+    WriteFile(words[3], File(words[2]));
+    RemoveFile(words[2]);
+    return 0;
+}
+
+int RandomWorld::SetClock(const std::string& line) {
+    const auto text = line.find("-s \"");
+    std::tm time = {};
+    if (text == std::string::npos ||
+        strptime(line.c_str() + text + 4, "%H:%M:%S %m/%d/%Y", &time) == nullptr) {
+        return 1;
+    }
+    if (time.tm_year > 137) return 1;  // as a clock of 32 bits does
+    JumpClock(std::chrono::seconds(timegm(&time) - WallSeconds()));
+    return 0;
+}
+
+void RandomWorld::Tell(const std::string& line) {
+    modem().Control(line, Now().count());
+}
+
+std::string RandomWorld::HonestAnswer(const std::string& command) {
+    constexpr Duration kPatience = 10s;
+    twin_.Receive(command + "\r", Now().count());
+    std::string answer;
+    while (twin_.NextEvent() <= (Now() + kPatience).count()) {
+        answer += twin_.Transmit(std::max(twin_.NextEvent(), Now().count()));
+    }
+    return answer;
+}
+
+void RandomWorld::DropSendFile(const std::string& name, const std::string& number,
+                               const std::string& text) {
+    DropSomething(name);
+    given_.numbers.insert(WithoutWhiteSpace(number));
+    std::string file = "TO=" + number + "\nMSG=" + text;
+    WriteFile("/tmp/sms/send/" + name, file);
+    if (file.size() < kLongestFile) file += file.back();
+    given_.messages.insert(file.substr(file.find("MSG=") + 4, kLongestSent));
+}
+
+void RandomWorld::DropSomething(const std::string& name) {
+    RemoveFile("/tmp/sms/send/" + name);
+    given_.names.insert(name);
+}
+
+void RandomWorld::Schedule(const Plan::Drawn& drawn) {
+    After(dice_.Between(1s, drawn.gap * 2), [this, &drawn] {
+        Note(drawn.happening->what);
+        drawn.happening->happen(*this);
+        Schedule(drawn);
+    });
+}
+
+void RandomWorld::Live() {
+    Start();
+    for (const Plan::Drawn& drawn : plan_.happenings) Schedule(drawn);
+    while (Now() < plan_.length && !testing::Test::HasFailure()) {
+        RunFor(kChapter);
+        ASSERT_TRUE(Running()) << "it has ended";
+        EXPECT_GT(Writes().size() + GetTrace().Of(Kind::kWriteFailed).size(), 0U)
+            << "it asks nothing";
+        CheckWhatHappened();
+        CheckMemory();
+    }
+    if (!testing::Test::HasFailure()) End();
+}
+
+void RandomWorld::End() {
+    if (plan_.ending == Ending::kUnplugged) {
+        Unplug();
+        EXPECT_EQ(RunToExit(kLongestDying), 255);
+        EXPECT_EQ(CountLog("Port error counter above 25, resetting modem"), 1U);
+        EXPECT_EQ(Shell().back(), "ResetPCMCIA now &> /dev/null &");
+        return CheckWhatHappened();
+    }
+    RunFor(dice_.Between(0s, 30s));
+    WriteFile("/var/run/BackendResetControl", "");
+    if (plan_.ending == Ending::kHungUpAndTerminated) Signal(SIGHUP);
+    if (plan_.ending == Ending::kTerminatedWithinAPass) {
+        SignalAtCall(Calls() + 1 + dice_.Below(200), SIGTERM);
+    } else {
+        Signal(SIGTERM);
+    }
+    EXPECT_EQ(RunToExit(kLongestPass), 0) << "SIGTERM does not end it";
+    ExpectOrderlyEnd();
+    CheckWhatHappened();
+}
+
+void RandomWorld::ExpectOrderlyEnd() {
+    ExpectLogInOrder({"received SIGINT/SIGTERM", "doing cleanup and exiting", "exit"});
+    for (const std::string& name : List("/var/log")) {
+        EXPECT_NE(name.compare(0, 9, "wireless."), 0) << name << " is left";
+    }
+    EXPECT_FALSE(Exists("/var/run/BackendResetControl"));
+    EXPECT_TRUE(Exists("/var/run/modemd.pid"));
+    EXPECT_EQ(File("/var/log/lightbar"), "");
+    if (!IsLte(plan_.card)) return;
+    EXPECT_EQ(Shell().back(), "ifconfig wwan0 0.0.0.0 down &> /dev/null");
+}
+
+void RandomWorld::CheckWhatHappened() {
+    for (const rig::Event& event : GetTrace().Events()) {
+        const std::string fault = FaultOf(event);
+        if (!fault.empty()) {
+            ADD_FAILURE() << fault << ":\n" << event;
+            return;  // the trace stays, to be shown
+        }
+    }
+    if (testing::Test::HasFailure()) return;
+    if (recorded_) {
+        chronicle_.insert(chronicle_.end(), GetTrace().Events().begin(), GetTrace().Events().end());
+    }
+    ClearTrace();
+}
+
+std::string RandomWorld::FaultOf(const rig::Event& event) const {
+    switch (event.kind) {
+        case Kind::kLog:
+            return event.number == LOG_NOTICE ? "" : "a log line of another priority";
+        case Kind::kWrite:
+        case Kind::kWriteFailed:
+            return IsKnownWrite(given_, event.text) ? "" : "a write that this card does not get";
+        case Kind::kShell:
+            return IsKnownShellLine(given_, event.text) ? "" : "an unknown shell line";
+        case Kind::kUnlink:
+            return IsKnownPath(event.text) ? "" : "a file is removed that is not the daemon's";
+        case Kind::kFile: {
+            const auto size = static_cast<std::size_t>(event.number);
+            const std::string path = event.text.substr(0, size);
+            if (!IsKnownPath(path)) return "a file is written that is not the daemon's";
+            const std::vector<std::string>& status = StatusFiles();
+            if (std::find(status.begin(), status.end(), path) == status.end()) return "";
+            return FaultOfStatusFile(plan_.card, path, event.text.substr(size));
+        }
+        default:
+            return "";
+    }
+}
+
+// A flood, cut into lines and characters, costs its size many times over, and the heap keeps what
+// it needed once. Where nothing happens, nothing may be added after the first hour. The sanitizer
+// keeps what is freed, and looks for leaks itself.
+void RandomWorld::CheckMemory() {
+    if (IsSanitized()) return;
+    const long memory = DaemonMemory();
+    ASSERT_GT(memory, 0);
+    EXPECT_LT(memory, plan_.HasFloods() ? kMostMemoryInFloods : kMostMemory);
+    if (Now() <= kSettlingTime) {
+        settled_memory_ = memory;
+    } else if (plan_.happenings.empty()) {
+        EXPECT_LE(memory, settled_memory_ + kSmallGrowth) << "memory grows";
+    }
+}
+
+}  // namespace worlds
