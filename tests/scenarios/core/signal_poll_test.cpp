@@ -10,6 +10,7 @@
 namespace {
 
 using namespace std::chrono_literals;
+using namespace std::string_literals;  // texts with NUL bytes
 using rig::World;
 using testing::Contains;
 using testing::Each;
@@ -132,9 +133,9 @@ TEST(SignalPoll, ASilentPassTakesASecondInsteadOfTwo) {
 
 TEST(SignalPoll, NoiseAndZeroBytesAroundTheLineDoNoHarm) {
     World world;
-    world.modem().Answer("AT+CSQ", std::string("\0\x01\x7f\xff\r\n+CSQ: 1\0"
-                                               "2,99\t\r\n\0OK",
-                                               26));
+    world.modem().Answer("AT+CSQ",
+                         "\0\x01\x7f\xff\r\n+CSQ: 1\0"
+                         "2,99\t\r\n\0OK"s);
     world.Start();
     world.RunFor(10s);
     EXPECT_EQ(World::File(kLightbar), "+CSQ: 1 2,99 \n");

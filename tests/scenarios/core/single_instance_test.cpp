@@ -9,6 +9,7 @@
 namespace {
 
 using namespace std::chrono_literals;
+using namespace std::string_literals;  // texts with NUL bytes
 using rig::World;
 using Lines = std::vector<std::string>;
 
@@ -18,7 +19,7 @@ constexpr char kWriting[] = "Writing pid 4242 to pidfile '/var/run/modemd.pid'";
 TEST(SingleInstance, ASecondCopyEndsAtOnceAndTouchesNothing) {
     World world("-E362");
     world.WriteFile(kPidFile, "77");
-    world.AddProcess(77, std::string("/usr/sbin/modemd\0-E362\0/dev/ttyUSB0\0", 36));
+    world.AddProcess(77, "/usr/sbin/modemd\0-E362\0/dev/ttyUSB0\0"s);
     world.Start();
     EXPECT_EQ(world.RunToExit(1s), 255);
     EXPECT_EQ(world.Log(),
@@ -47,15 +48,15 @@ TEST_P(StalePidFile, IsOverwritten) {
     EXPECT_FALSE(world.Commands().empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Files, StalePidFile,
-    testing::Values(Stale{"of_a_dead_process", "77", ""},
-                    Stale{"of_another_program", "77", std::string("/sbin/syslogd\0", 14)},
-                    Stale{"named_in_an_argument", "77", std::string("/bin/vi\0modemd\0", 15)},
-                    Stale{"with_zero", "0", ""}, Stale{"with_rubbish", "\xff\xfe no number", ""},
-                    Stale{"that_is_empty", "", ""},
-                    Stale{"with_a_long_line", std::string(100000, '7'), ""}),
-    [](const testing::TestParamInfo<Stale>& test) { return test.param.name; });
+INSTANTIATE_TEST_SUITE_P(Files, StalePidFile,
+                         testing::Values(Stale{"of_a_dead_process", "77", ""},
+                                         Stale{"of_another_program", "77", "/sbin/syslogd\0"s},
+                                         Stale{"named_in_an_argument", "77", "/bin/vi\0modemd\0"s},
+                                         Stale{"with_zero", "0", ""},
+                                         Stale{"with_rubbish", "\xff\xfe no number", ""},
+                                         Stale{"that_is_empty", "", ""},
+                                         Stale{"with_a_long_line", std::string(100000, '7'), ""}),
+                         [](const testing::TestParamInfo<Stale>& test) { return test.param.name; });
 
 TEST(SingleInstance, AThreadOfTheKernelHasNoCommandLineAndIsNoCopy) {
     World world;
@@ -69,7 +70,7 @@ TEST(SingleInstance, AThreadOfTheKernelHasNoCommandLineAndIsNoCopy) {
 TEST(SingleInstance, ANameWithinThePathCounts) {
     World world;
     world.WriteFile(kPidFile, " 77\n");
-    world.AddProcess(77, std::string("/opt/modemd-next/bin/other\0", 27));
+    world.AddProcess(77, "/opt/modemd-next/bin/other\0"s);
     world.Start();
     EXPECT_EQ(world.RunToExit(1s), 255);
 }
