@@ -30,6 +30,13 @@ bool LeftTrimmed(const std::string& value) {
 bool Trimmed(const std::string& value) {
     return value.empty() || (!IsSpace(value.front()) && !IsSpace(value.back()));
 }
+// Trimmed texts with a blank before each but the first, any of which may be empty.
+bool PartAndRevision(const std::string& text) {
+    std::string value = text;
+    value.erase(0, std::min(value.find_first_not_of(' '), value.size()));
+    value.erase(value.find_last_not_of(' ') + 1);
+    return Trimmed(value);
+}
 bool BetweenQuotes(const std::string& value) {
     return value.find('"') == std::string::npos;
 }
@@ -44,12 +51,9 @@ bool Csq(const std::string& value) {
     return value == "99" ||
            (Number(value) && value.size() <= 2 && std::stoi(value) >= 1 && std::stoi(value) <= 31);
 }
-bool Digits(const std::string& value) {
-    return value == "Unknown" || Number(value);
-}
-// A number of nothing but its sign is one for the daemon.
+// A number of nothing but its sign, or of nothing at all, is one for the daemon.
 bool NumberOrNothing(const std::string& value) {
-    return value.empty() || value == "-" || Digits(value);
+    return value.empty() || value == "-" || value == "Unknown" || Number(value);
 }
 bool OneOf(const std::vector<std::string>& texts, const std::string& value) {
     return std::find(texts.begin(), texts.end(), value) != texts.end();
@@ -86,8 +90,10 @@ struct Key {
 using Keys = std::vector<Key>;
 
 const Keys kDeviceKeys = {
-    {"ESN", Digits}, {"IMEI", Digits}, {"SIM_ID", Text},     {"MDN", NumberOrNothing},
-    {"MANU", Ends},  {"MODEL", Ends},  {"FIRMWARE_V", Line}, {"HARDWARE_V", BetweenQuotes},
+    {"ESN", NumberOrNothing}, {"IMEI", NumberOrNothing},
+    {"SIM_ID", Text},         {"MDN", NumberOrNothing},
+    {"MANU", Ends},           {"MODEL", Ends},
+    {"FIRMWARE_V", Line},     {"HARDWARE_V", BetweenQuotes},
 };
 const Keys kNetworkKeys = {
     {"CARRIER", Trimmed},         {"CARRIER_PLMN", Text},         {"BAND", Text},
@@ -154,7 +160,7 @@ class StatisticsReader {
         if (!std::regex_match(Take(), kFirst)) Complain("the time");
         Comment("#Device Properties :");
         TakeKeys(kDeviceKeys);
-        if (card_ == Card::k881) TakeKeys({{"SKU_PRIID", Trimmed}});
+        if (card_ == Card::k881) TakeKeys({{"SKU_PRIID", PartAndRevision}});
         Comment("#Network Service Info :");
         TakeKeys(kNetworkKeys);
         if (IsLte(card_)) TakeKeys(kLteCardKeys);
@@ -231,7 +237,7 @@ bool LeaseCounter(const std::string& value) {
 
 constexpr char kStatistics[] = "/var/log/wireless.cardstats";
 const SingleLine kSingleLines[] = {
-    {"/var/log/wireless.serialno", Digits},
+    {"/var/log/wireless.serialno", NumberOrNothing},
     {"/var/log/wireless.mdn", NumberOrNothing},
     {"/var/log/lightbar", SignalLine},
     {"/var/log/lightbar_ecio_in", Text},
