@@ -384,6 +384,22 @@ TEST_F(Logger, AFailedRenameKeepsLoggingIntoTheOldFile) {
     EXPECT_EQ(world.CountLogged("running cKVTLogger::Rotate()"), 2);
 }
 
+TEST_F(Logger, BelowLevelTwoItKeepsItsTroublesToItself) {
+    for (const int level : {-1, 0, 1}) {
+        SCOPED_TRACE(level);
+        Open();
+        logger_.SetDebugLevel(level);
+        world.log.clear();
+        std::filesystem::remove(path_);
+        logger_.CheckRotate();
+        EXPECT_TRUE(logger_.Rotate());  // of a file that is gone
+        std::filesystem::create_directory(path_ + ".1");
+        EXPECT_TRUE(logger_.Rotate());  // the rename fails
+        std::filesystem::remove(path_ + ".1");
+        EXPECT_TRUE(world.log.empty());
+    }
+}
+
 // /dev/full opens like any file and refuses every write.
 TEST_F(Logger, AFailedWriteIsReported) {
     logger_.Init("/dev/full", 50, 0, nullptr);

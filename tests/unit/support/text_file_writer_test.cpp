@@ -91,6 +91,13 @@ TEST_F(TextFileWriter, AFifoWithoutReaderCountsAsAFileThatCannotBeOpened) {
     EXPECT_FALSE(file.WriteFile());
 }
 
+// /dev/full opens like any file and refuses every write.
+TEST_F(TextFileWriter, AFullFileSystemIsNotReported) {
+    cTextFileWriter file("/dev/full");
+    file.AddLine("a");
+    EXPECT_TRUE(file.WriteFile());
+}
+
 TEST_F(TextFileWriter, ReplaceFileLeavesNothingBesideIt) {
     WriteTemp("status", "old");
     cTextFileWriter file(path_);
