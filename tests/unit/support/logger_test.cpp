@@ -1,38 +1,15 @@
-// The daemon's own log file: stamps, folding, rotation, and its diagnostics in the system log.
-#include "support/logger.h"
-
-#include <fcntl.h>
+// The daemon's own log file: stamps, folding, rotation.
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
-#include <climits>
+#include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <string>
 
-#include "fakes/fixture.h"
+#include "support/logger_fixture.h"
 
 namespace {
 
-constexpr std::int64_t kStamped = 1772510706LL * 1000000;  // 2026-03-03 04:05:06 UTC
-
-class Logger : public fake::DaemonTest {
-  protected:
-    Logger() { world.now_us = kStamped; }
-
-    bool Line(const std::string& text, int force = 0) {
-        std::string message = text;
-        return logger_.LogIt(message, force);
-    }
-    void Open(std::int32_t time_stamps = 0) { logger_.Init(path_, 50, time_stamps, nullptr); }
-    std::string Written() { return ReadAll(path_); }
-    void Resize(std::uintmax_t size) { std::filesystem::resize_file(path_, size); }
-    bool Exists(const std::string& suffix = "") { return std::filesystem::exists(path_ + suffix); }
-
-    const std::string path_ = Folder() + "/csq";
-    cKVTLogger logger_;
-};
+using Logger = LoggerTest;
 
 TEST(IntToStringTest, GivesPlainDecimalText) {
     EXPECT_EQ(IntToString(0), "0");
@@ -281,135 +258,6 @@ TEST_F(Logger, ASwallowedRepeatIsNotMirrored) {
     Line("A");
     Line("A");
     EXPECT_EQ(world.CountLogged("A"), 1);
-}
-
-TEST_F(Logger, TellsItsSettingsOnlyAtANonZeroLevel) {
-    Open();
-    logger_.SetDebugLevel(0);
-    logger_.SetSyslogMirror(1);
-    logger_.SetFoldRepeats(1);
-    EXPECT_TRUE(world.log.empty());
-    logger_.SetDebugLevel(-1);
-    logger_.SetSyslogMirror(1);
-    logger_.SetSyslogMirror(0);
-    logger_.SetFoldRepeats(1);
-    logger_.SetFoldRepeats(0);
-    EXPECT_EQ(world.log, (std::vector<std::string>{
-                             "cKVTLogger debug level -1",
-                             "cKVTLogger also send messages for " + path_ + " to the syslog is On",
-                             "cKVTLogger also send messages for " + path_ + " to the syslog is Off",
-                             "cKVTLogger Supress messages for " + path_ + " is On",
-                             "cKVTLogger Supress messages for " + path_ + " is Off",
-                         }));
-}
-
-TEST_F(Logger, LevelOneTellsNothingOfTheFile) {
-    Open();
-    logger_.SetDebugLevel(1);
-    world.log.clear();
-    logger_.OpenLogFile();
-    logger_.Rotate();
-    Line("a");
-    EXPECT_TRUE(world.log.empty());
-}
-
-TEST_F(Logger, LevelTwoTellsOpensAndRotations) {
-    Open();
-    logger_.SetDebugLevel(2);
-    world.log.clear();
-    logger_.Rotate();
-    Line("a");
-    EXPECT_EQ(world.log, (std::vector<std::string>{
-                             "running cKVTLogger::Rotate()",
-                             "cKVTLogger::OpenLogFile(): opened " + path_ + " for writing",
-                         }));
-}
-
-TEST_F(Logger, LevelTwoTellsAnOpenThatFails) {
-    logger_.Init(Folder() + "/none/csq", 50, 0, nullptr);
-    logger_.SetDebugLevel(2);
-    world.log.clear();
-    EXPECT_FALSE(logger_.OpenLogFile());
-    EXPECT_EQ(world.log.back(), "cKVTLogger::OpenLogFile(): error open " + Folder() +
-                                    "/none/csq for writing, errno " + std::to_string(ENOENT));
-}
-
-TEST_F(Logger, LevelThreeTellsEverySizeCheck) {
-    Open();
-    logger_.SetDebugLevel(3);
-    world.log.clear();
-    Line("abc");
-    EXPECT_EQ(world.log, (std::vector<std::string>{
-                             "cKVTLogger::CheckRotate(): file size of " + path_ +
-                                 " is 4 bytes, max file size is 51200",
-                         }));
-    Resize(51200);
-    world.log.clear();
-    logger_.CheckRotate();
-    EXPECT_EQ(world.log, (std::vector<std::string>{
-                             "cKVTLogger::CheckRotate(): file size of " + path_ +
-                                 " is 51200 bytes, max file size is 51200",
-                             "cKVTLogger::CheckRotate(): file " + path_ +
-                                 " is bigger than 51200 bytes, running Rotate()",
-                             "running cKVTLogger::Rotate()",
-                             "cKVTLogger::OpenLogFile(): opened " + path_ + " for writing",
-                         }));
-}
-
-TEST_F(Logger, ARotationOfAFileThatIsGoneMakesANewOne) {
-    Open();
-    logger_.SetDebugLevel(2);
-    std::filesystem::remove(path_);
-    world.log.clear();
-    logger_.CheckRotate();
-    EXPECT_EQ(world.log.back(),
-              "cKVTLogger::CheckRotate(): error cannot access " + path_ + ", nothing to rotate");
-    EXPECT_TRUE(logger_.Rotate());
-    EXPECT_TRUE(
-        world.Logged("cKVTLogger::Rotate(): error cannot access " + path_ + ", nothing to rotate"));
-    EXPECT_TRUE(Exists());
-}
-
-TEST_F(Logger, AFailedRenameKeepsLoggingIntoTheOldFile) {
-    std::filesystem::create_directory(path_ + ".1");
-    Open();
-    Resize(51200);
-    logger_.SetDebugLevel(2);
-    world.log.clear();
-    EXPECT_TRUE(Line("a"));
-    EXPECT_TRUE(
-        world.Logged("cKVTLogger::Rotate(): ERROR: rename() gave errno " + std::to_string(EISDIR)));
-    EXPECT_TRUE(Line("b"));
-    EXPECT_EQ(std::filesystem::file_size(path_), 51204u);
-    EXPECT_EQ(world.CountLogged("running cKVTLogger::Rotate()"), 2);
-}
-
-TEST_F(Logger, BelowLevelTwoItKeepsItsTroublesToItself) {
-    for (const int level : {-1, 0, 1}) {
-        SCOPED_TRACE(level);
-        Open();
-        logger_.SetDebugLevel(level);
-        world.log.clear();
-        std::filesystem::remove(path_);
-        logger_.CheckRotate();
-        EXPECT_TRUE(logger_.Rotate());  // of a file that is gone
-        std::filesystem::create_directory(path_ + ".1");
-        EXPECT_TRUE(logger_.Rotate());  // the rename fails
-        std::filesystem::remove(path_ + ".1");
-        EXPECT_TRUE(world.log.empty());
-    }
-}
-
-// /dev/full opens like any file and refuses every write.
-TEST_F(Logger, AFailedWriteIsReported) {
-    logger_.Init("/dev/full", 50, 0, nullptr);
-    EXPECT_FALSE(Line("a"));
-    EXPECT_TRUE(world.log.empty());
-    logger_.SetDebugLevel(2);
-    EXPECT_FALSE(Line("b"));
-    EXPECT_EQ(world.log.back(),
-              "cKVTLogger::LogIt(): error cannot access /dev/full for writing, errno " +
-                  std::to_string(ENOSPC));
 }
 
 }  // namespace
