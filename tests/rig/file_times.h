@@ -41,6 +41,13 @@ class FileTimes {
         if (Times* times = Slot(file)) *times = Entry(file, modified, changed);
     }
 
+    // Nobody has touched the file since it was last told here.
+    bool IsAsSeen(const struct stat& file) {
+        const Times* times = Slot(file);
+        return times != nullptr && times->inode != 0 && Same(times->real_modified, file.st_mtim) &&
+               Same(times->real_changed, file.st_ctim);
+    }
+
     // Replaces the kernel's times by the simulated ones. A file that somebody else made or changed
     // since it was last seen counts as changed at `wall`.
     void Translate(struct stat& file, std::int64_t wall) {

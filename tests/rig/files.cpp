@@ -95,6 +95,8 @@ void Files::EndForeignWork() {
             if (lstat(entry->path().c_str(), &file) != 0) continue;
             if (file.st_dev != root.st_dev) {  // a kept folder, none of ours
                 entry.disable_recursion_pending();
+            } else if (memory_.file_times.IsAsSeen(file)) {
+                continue;  // Newer kernels stamp finer than their tick, and then ahead of it.
             } else if (!IsBefore(file.st_mtim, foreign_since_)) {
                 memory_.file_times.Written(file, WallClock());
             } else if (!IsBefore(file.st_ctim, foreign_since_)) {
