@@ -5,7 +5,7 @@
 readonly BUILD_NEEDS='cmake:cmake g++:g++ ninja:ninja-build python3:python3'
 readonly ROUTER_NEEDS='busybox:busybox-static unshare:util-linux ip:iproute2 dnsmasq:dnsmasq-base'
 readonly TEST_NEEDS='/usr/include/gtest/gtest.h:libgtest-dev /usr/include/gmock/gmock.h:libgmock-dev
-    readelf:binutils'
+    readelf:binutils git:git'
 
 step() {
     echo "==> $*"

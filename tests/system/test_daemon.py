@@ -14,7 +14,8 @@ class Usage(unittest.TestCase):
             line = f"{BUILD}/modemd; echo status=$?"
             output = router.shell(f"({line}) 2>&1")
             self.assertIn("status=1", output)
-            self.assertIn("No /dev/device path given, exiting", router.log())
+            router.wait_for(lambda: "No /dev/device path given, exiting" in router.log(),
+                            "the reason in the system log")
 
 
 class Life(unittest.TestCase):
