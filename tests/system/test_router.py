@@ -98,8 +98,8 @@ class Carrier(unittest.TestCase):
         self.router.shell("carrier up")
         self.lease()
         self.router.shell("kill -USR2 `cat /var/run/udhcpc-wwan0.pid 2> /dev/null` &> /dev/null")
-        self.router.shell("ifconfig wwan0 0.0.0.0 up")
         self.router.wait_for(lambda: self.router.dhcp("DHCPRELEASE") == 1, "the release")
+        self.router.shell("ifconfig wwan0 0.0.0.0 up")
         self.assertEqual(self.router.addresses(), [])
 
     def test_a_dead_link_sends_the_client_to_the_background_until_it_comes_up(self):
