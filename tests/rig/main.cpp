@@ -2,7 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdlib>
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include "rig/private_root.h"
 #include "rig/program.h"
@@ -23,6 +26,7 @@ int main(int argc, char** argv) {
     ::testing::InitGoogleMock(&argc, argv);
     const std::string daemon = std::filesystem::absolute(rig::DaemonProgram());
     const std::string daemon_folder = std::filesystem::path(daemon).parent_path();
-    return rig::RunInPrivateRoot({RIG_SOURCE, RIG_BUILD, daemon_folder, ReportFolder()},
-                                 [] { return RUN_ALL_TESTS(); });
+    std::vector<std::string> keep = {RIG_SOURCE, RIG_BUILD, daemon_folder, ReportFolder()};
+    if (const char* traces = std::getenv(rig::kTracesVariable)) keep.emplace_back(traces);
+    return rig::RunInPrivateRoot(keep, [] { return RUN_ALL_TESTS(); });
 }

@@ -5,6 +5,9 @@
 
 namespace rig {
 
+// Names a folder that gets the whole trace of every world, a file each; see scripts/compare-traces.
+constexpr char kTracesVariable[] = "RIG_TRACES";
+
 // The daemon: environment MODEMD, else the one of this build.
 std::string DaemonProgram();
 // The value of LD_PRELOAD for it: the rig's library, behind the sanitizer's if it needs one.

@@ -13,9 +13,9 @@ const char* const kNames[kKindCount] = {"log",    "write",  "no write", "answer"
                                         "close",  "tcseta", "shell",    "sleep",  "file",
                                         "unlink", "signal", "clock",    "exit",   "note"};
 
-std::string Readable(const std::string& text) {
+std::string Readable(const std::string& text, std::size_t most = kMostShown) {
     std::string readable;
-    for (const char c : text.substr(0, kMostShown)) {
+    for (const char c : text.substr(0, most)) {
         const auto byte = static_cast<unsigned char>(c);
         if (c == '\r') {
             readable += "\\r";
@@ -29,7 +29,7 @@ std::string Readable(const std::string& text) {
             readable += c;
         }
     }
-    if (text.size() > kMostShown) readable += "... " + std::to_string(text.size()) + " bytes";
+    if (text.size() > most) readable += "... " + std::to_string(text.size()) + " bytes";
     return readable;
 }
 
@@ -56,20 +56,39 @@ bool operator==(const Event& a, const Event& b) {
     return a.at == b.at && a.kind == b.kind && a.number == b.number && a.text == b.text;
 }
 
-std::ostream& operator<<(std::ostream& out, const Event& event) {
+namespace {
+
+void Print(std::ostream& out, const Event& event, std::size_t most) {
     char head[64];
     std::snprintf(head, sizeof(head), "%14.6f  %-8s ", static_cast<double>(event.at) / 1e6,
                   kNames[static_cast<std::size_t>(event.kind)]);
     out << head;
-    if (event.kind == Kind::kSettings) return out << ReadableSettings(event.text);
+    if (event.kind == Kind::kSettings) {
+        out << ReadableSettings(event.text);
+        return;
+    }
     if (event.kind == Kind::kFile) {
-        return out << Readable(event.text.substr(0, static_cast<std::size_t>(event.number)));
+        const auto path = static_cast<std::size_t>(event.number);
+        out << Readable(event.text.substr(0, path), most);
+        if (most > kMostShown) out << ' ' << Readable(event.text.substr(path), most);
+        return;
     }
     if (HasNumber(event.kind)) out << event.number << ' ';
-    return out << Readable(event.text);
+    out << Readable(event.text, most);
+}
+
+}  // namespace
+
+std::ostream& operator<<(std::ostream& out, const Event& event) {
+    Print(out, event, kMostShown);
+    return out;
 }
 
 void Trace::Add(Event event) {
+    if (copy_) {
+        Print(*copy_, event, std::string::npos);
+        *copy_ << '\n';
+    }
     if (event.kind == Kind::kWrite) JoinCommand(event);
     events_.push_back(std::move(event));
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -37,6 +38,8 @@ class Trace {
   public:
     void Add(Event event);
     void Clear();
+    // From now on each event is also written there, whole, whatever is cleared later.
+    void CopyTo(std::unique_ptr<std::ostream> copy) { copy_ = std::move(copy); }
 
     const std::vector<Event>& Events() const { return events_; }
     const std::vector<Command>& Commands() const { return commands_; }
@@ -57,6 +60,7 @@ class Trace {
     std::vector<Event> events_;
     std::vector<Command> commands_;
     std::string unfinished_;
+    std::unique_ptr<std::ostream> copy_;
 };
 
 }  // namespace rig

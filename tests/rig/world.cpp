@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <sstream>
 
@@ -77,6 +78,17 @@ termio FreshSettings() {
     return line;
 }
 
+// A file of its own for each world of a test, in the folder that RIG_TRACES names.
+std::unique_ptr<std::ostream> TraceFile(const char* folder) {
+    static std::map<std::string, int> worlds;
+    const ::testing::TestInfo* test = ::testing::UnitTest::GetInstance()->current_test_info();
+    std::string name =
+        test == nullptr ? "none" : std::string(test->test_suite_name()) + "." + test->name();
+    std::replace(name.begin(), name.end(), '/', '_');
+    const std::string number = std::to_string(++worlds[name]);
+    return std::make_unique<std::ofstream>(folder + ("/" + name) + "." + number + ".trace");
+}
+
 }  // namespace
 
 std::uint64_t Seed() {
@@ -102,6 +114,10 @@ void World::SetUp(std::vector<std::string> arguments) {
     memory_.kept_kinds = kUsualKinds;
     memory_.settings = FreshSettings();
     SetDevice(DeviceOf(arguments_));
+    if (const char* folder = std::getenv(kTracesVariable)) {
+        trace_.CopyTo(TraceFile(folder));
+        KeepSleeps();
+    }
     SetUptime(kUsualUptime);
     UseProfile(ProfileOf(arguments_));
     EmptyPrivateFolders();
