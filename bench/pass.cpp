@@ -8,9 +8,9 @@
 #include <string>
 
 #include "core/main_loop.h"
-#include "core/settings.h"
 #include "fakes/fixture.h"
 #include "sim/modem.h"
+#include "state/settings.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "core/settings.h"
 #include "modem/at_channel.h"
+#include "state/settings.h"
 #include "support/system_log.h"
 
 namespace {

@@ -6,14 +6,16 @@
 #include <string>
 
 #include "connection/dhcp_client.h"
-#include "connection/interface_address.h"
 #include "connection/link_health.h"
 #include "connection/qmi_texts.h"
-#include "core/settings.h"
+#include "connection/wwan_interface.h"
 #include "modem/at_channel.h"
 #include "modem/reset_device.h"
 #include "modem/response_fields.h"
-#include "status/statistics_record.h"
+#include "state/published.h"
+#include "state/settings.h"
+#include "state/statistics_record.h"
+#include "state/timers.h"
 #include "support/countdown_timer.h"
 #include "support/shell.h"
 #include "support/string_tokenizer.h"
@@ -21,10 +23,6 @@
 #include "support/text.h"
 
 namespace {
-
-constexpr char kInterface[] = "wwan0";
-constexpr char kDialingMarker[] = "/var/log/wirelessdial_dialing";
-constexpr char kNotDialingMarker[] = "/var/log/wirelessdial_notdialing";
 
 constexpr unsigned kStatusWait = 5;         // seconds for the answer to AT$NWQMISTATUS
 constexpr unsigned kDisconnectPause = 5;    // seconds
@@ -108,11 +106,11 @@ void KeepCallDown(const char* caller) {
         StopUdhcpc(kTerminate);
         SendCommandType(kSendDataCallDisconnect);
     }
-    SetMarker(kNotDialingMarker, kDialingMarker);
+    SetMarker(published::kNotDialingMarker, published::kDialingMarker);
 }
 
 void RestartCall(int result) {
-    SetMarker(kDialingMarker, kNotDialingMarker);
+    SetMarker(published::kDialingMarker, published::kNotDialingMarker);
     ++g_i_LteConnectAttempts;
     Log("LTE Connected returned %d, restarting connection", result);
     Log("Last connect time was reported as '%s'", g_S_Globalstats.previous_qmi_call_time.c_str());
@@ -163,11 +161,12 @@ int IsNovatelConnected() {
         TakeQmiLine(line);
     }
     if (!CallMayBeUp(__func__)) return 0;
-    if (GetInterfaceIpv4Address(kInterface) != 0) {
-        LogAbove(1, "DEBUG: %s(): Interface %s has a valid IP.", __func__, kInterface);
+    if (GetInterfaceIpv4Address(published::kWwanInterface) != 0) {
+        LogAbove(1, "DEBUG: %s(): Interface %s has a valid IP.", __func__,
+                 published::kWwanInterface);
         return 1;
     }
-    Log("Interface %s is connected, but does not have a valid IP.", kInterface);
+    Log("Interface %s is connected, but does not have a valid IP.", published::kWwanInterface);
     return 0;
 }
 

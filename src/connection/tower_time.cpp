@@ -3,8 +3,9 @@
 #include <cstdio>
 #include <string>
 
-#include "core/settings.h"
 #include "modem/at_channel.h"
+#include "state/settings.h"
+#include "state/timers.h"
 #include "support/countdown_timer.h"
 #include "support/shell.h"
 #include "support/string_tokenizer.h"

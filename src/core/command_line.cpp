@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "core/settings.h"
+#include "state/settings.h"
 #include "support/system_log.h"
 #include "support/text.h"
 

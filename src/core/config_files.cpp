@@ -5,7 +5,9 @@
 
 #include <cstring>
 
-#include "core/settings.h"
+#include "state/published.h"
+#include "state/settings.h"
+#include "state/timers.h"
 #include "support/countdown_timer.h"
 #include "support/info_table.h"
 #include "support/system_log.h"
@@ -16,11 +18,7 @@ namespace {
 constexpr std::size_t kLongestApn = 20;
 constexpr int kSyncHours = 4;
 
-constexpr char kApnKey[] = "CM_APN";
-constexpr char kEnableKey[] = "CM_ENABLE_INTERFACE";
-constexpr char kRouteKey[] = "CM_DEFAULTROUTE";
-constexpr char kDebugKey[] = "DEBUG_MODE";
-constexpr char kSyncKey[] = "SYNC_TIME";
+using namespace published::config_key;
 
 enum FileState : int { kMissing = 0, kUnchanged = 1, kChanged = 2 };
 
@@ -35,8 +33,8 @@ struct WatchedFile {
     }
 };
 
-WatchedFile g_ppp_file = {"/etc/kvt/wireless/cellmodem_ppp.conf", {}};
-WatchedFile g_provisioning_file = {"/etc/kvt/wireless/cellmodem_provision_data.conf", {}};
+WatchedFile g_ppp_file = {published::kPppConfigFile, {}};
+WatchedFile g_provisioning_file = {published::kProvisioningFile, {}};
 
 std::string LowerValue(const cInfoTable& table, const char* key) {
     std::string value = table.GetValue(key);
@@ -47,7 +45,7 @@ std::string LowerValue(const cInfoTable& table, const char* key) {
 
 // Names CM_APN whichever key is missing: deliberate, field notes search the log for this line.
 void LogMissingEntry() {
-    LogDebug("DEBUG:  %s(): %s entry missing ", "ReadPppConfigFile", kApnKey);
+    LogDebug("DEBUG:  %s(): %s entry missing ", "ReadPppConfigFile", kApn);
 }
 
 std::string CheckedApn(const std::string& apn) {
@@ -69,56 +67,56 @@ std::string CheckedApn(const std::string& apn) {
 }
 
 void ReadApn(const cInfoTable& table) {
-    if (!table.HasLabel(kApnKey)) return LogMissingEntry();
-    std::string apn = table.GetValue(kApnKey);
+    if (!table.HasLabel(kApn)) return LogMissingEntry();
+    std::string apn = table.GetValue(kApn);
     CleanWhiteSpace(apn);
     g_S_PppConfig.apn = CheckedApn(apn);
 }
 
 void ReadInterfaceEnabled(const cInfoTable& table) {
     g_S_PppConfig.interface_enabled = true;
-    if (!table.HasLabel(kEnableKey)) return LogMissingEntry();
-    const std::string value = LowerValue(table, kEnableKey);
+    if (!table.HasLabel(kEnableInterface)) return LogMissingEntry();
+    const std::string value = LowerValue(table, kEnableInterface);
     if (value == "no") {
-        Log("Config option %s is 'NO', WAN interface is disabled", kEnableKey);
+        Log("Config option %s is 'NO', WAN interface is disabled", kEnableInterface);
         g_S_PppConfig.interface_enabled = false;
     } else {
-        Log("Config option %s is '%s'", kEnableKey, value.c_str());
+        Log("Config option %s is '%s'", kEnableInterface, value.c_str());
     }
 }
 
 // Both messages name CM_ENABLE_INTERFACE, deliberately: the web page's log view looks for it.
 void ReadDefaultRoute(const cInfoTable& table) {
     g_S_PppConfig.default_route = true;
-    if (!table.HasLabel(kRouteKey)) return LogMissingEntry();
-    const std::string value = LowerValue(table, kRouteKey);
+    if (!table.HasLabel(kDefaultRoute)) return LogMissingEntry();
+    const std::string value = LowerValue(table, kDefaultRoute);
     if (value == "no") {
-        Log("Config option %s is '%s', WAN interface default route setting is off", kEnableKey,
-            value.c_str());
+        Log("Config option %s is '%s', WAN interface default route setting is off",
+            kEnableInterface, value.c_str());
         g_S_PppConfig.default_route = false;
     } else {
-        Log("Config option %s is '%s'", kEnableKey, value.c_str());
+        Log("Config option %s is '%s'", kEnableInterface, value.c_str());
     }
 }
 
 // Without the key the level falls to 0 and takes the -d options back: deliberate, a router with a
 // provisioning file is quiet unless the file asks for more.
 void ReadDebugMode(const cInfoTable& table) {
-    if (!table.HasLabel(kDebugKey)) {
+    if (!table.HasLabel(kDebugMode)) {
         g_i_DebugLevel = 0;
         return;
     }
-    std::string value = table.GetValue(kDebugKey);
+    std::string value = table.GetValue(kDebugMode);
     CleanWhiteSpace(value);
     if (value.empty() || !IsInteger(value)) return;
     g_i_DebugLevel = ToInt(value);
-    Log("%s set to %d", kDebugKey, g_i_DebugLevel);
+    Log("%s set to %d", kDebugMode, g_i_DebugLevel);
 }
 
 void ReadSyncTime(const cInfoTable& table) {
     g_S_PppConfig.time_sync_enabled = false;
-    if (!table.HasLabel(kSyncKey) || LowerValue(table, kSyncKey) != "yes") return;
-    Log("%s config option is YES.  Time sync will attempt every %d hours", kSyncKey, kSyncHours);
+    if (!table.HasLabel(kSyncTime) || LowerValue(table, kSyncTime) != "yes") return;
+    Log("%s config option is YES.  Time sync will attempt every %d hours", kSyncTime, kSyncHours);
     g_S_PppConfig.time_sync_enabled = true;
     g_Cp_TowerTimeTimer->Stop();  // The next answered pass synchronises.
 }

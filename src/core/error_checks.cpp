@@ -6,25 +6,22 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "core/settings.h"
 #include "modem/reset_device.h"
+#include "state/published.h"
+#include "state/settings.h"
 #include "support/info_table.h"
 #include "support/system_log.h"
 #include "support/text.h"
 
 namespace {
 
-constexpr char kUptimeFile[] = "/proc/uptime";
-constexpr char kStatusFile[] = "/var/log/kvtinit.status";
-constexpr char kErrorCountKey[] = "PPP_WIRELESS_ERROR_COUNTER";
-constexpr char kResettingMarker[] = "/tmp/kvtswi.resetting";
 constexpr int kResetModulus = 8;
 
 // Whole seconds. An uptime that cannot be read counts as long enough.
 int ReadUptime() {
     double uptime = 0;
     double idle = 0;
-    if (std::FILE* file = std::fopen(kUptimeFile, "r")) {
+    if (std::FILE* file = std::fopen(published::kUptimeFile, "r")) {
         if (std::fscanf(file, "%lf %lf\n", &uptime, &idle) < 1) uptime = 0;
         std::fclose(file);
     } else {
@@ -36,17 +33,18 @@ int ReadUptime() {
 }
 
 int ReadPppErrorCount(int& last_seen) {
-    const cInfoTable table(kStatusFile, '=');
-    const int count = ToInt(table.GetValue(kErrorCountKey));
+    const cInfoTable table(published::kInitStatusFile, '=');
+    const int count = ToInt(table.GetValue(published::config_key::kPppErrorCount));
     LogAbove(1, "DEBUG: Read in %d PPP Wireless error%s from file %s", count, count == 1 ? "" : "s",
-             kStatusFile);
+             published::kInitStatusFile);
     if (count == 0) last_seen = 0;
     return count;
 }
 
 // Never through a link: anybody may have put one there.
 void CreateMarker() {
-    const int fd = open(kResettingMarker, O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK, 0644);
+    const int fd =
+        open(published::kResettingMarker, O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK, 0644);
     if (fd >= 0) close(fd);
 }
 
@@ -59,8 +57,8 @@ void ApplyResetRule(int count, int& last_seen) {
 bool ResetIsDue(int count, int modulus, int& last_seen) {
     if (count == 0 || count == last_seen) return false;
     last_seen = count;
-    if (access(kResettingMarker, F_OK) == 0) {
-        unlink(kResettingMarker);
+    if (access(published::kResettingMarker, F_OK) == 0) {
+        unlink(published::kResettingMarker);
         return false;
     }
     if (count % modulus != 0) return false;

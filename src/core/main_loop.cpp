@@ -6,17 +6,19 @@
 #include <vector>
 
 #include "connection/apn_provisioning.h"
+#include "connection/dhcp_client.h"
 #include "connection/lte_supervision.h"
 #include "connection/tower_time.h"
 #include "core/config_files.h"
 #include "core/error_checks.h"
-#include "core/settings.h"
 #include "core/shutdown.h"
 #include "modem/at_channel.h"
 #include "modem/reset_device.h"
 #include "modem/serial_port.h"
 #include "sms/receive.h"
 #include "sms/send.h"
+#include "state/settings.h"
+#include "state/timers.h"
 #include "status/card_statistics.h"
 #include "status/health_report.h"
 #include "status/identity.h"
@@ -78,7 +80,7 @@ void FollowPppConfig() {
 void QueryStatus() {
     GetSysinfo();
     QueryBand();
-    QueryServiceType();
+    if (QueryServiceType()) StartUdhcpc();
     QuerySierraEcio();
     QueryNovatelSignal();
     QueryHealthReport();

@@ -6,9 +6,11 @@
 #include <cstdlib>
 
 #include "connection/dhcp_client.h"
-#include "core/settings.h"
+#include "connection/wwan_interface.h"
 #include "modem/at_channel.h"
 #include "modem/reset_device.h"
+#include "state/published.h"
+#include "state/settings.h"
 #include "support/shell.h"
 #include "support/system_log.h"
 
@@ -31,7 +33,7 @@ void TakeLinkDown() {
     StopUdhcpc(kTerminate);
     SendCommandType(kSendDataCallDisconnect);
     ResetLeaseFailCounter();
-    RunShell("ifconfig wwan0 0.0.0.0 down &> /dev/null");
+    TakeWwanDown();
 }
 
 }  // namespace
@@ -57,7 +59,7 @@ void CheckSignals() {
 // The pid file stays, deliberately: the next start finds its process gone and takes it over.
 void CleanupAndExit() {
     Log("doing cleanup and exiting");
-    unlink("/var/log/wireless.cardstats");
+    unlink(published::kCardStatisticsFile);
     unlink("/var/run/BackendResetControl");
     // Emptied, not removed: the signal display keeps the lightbar file open.
     RunShell("/bin/echo -n  > /var/log/lightbar");

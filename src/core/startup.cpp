@@ -8,20 +8,22 @@
 #include <string>
 #include <vector>
 
+#include "connection/wwan_interface.h"
 #include "core/command_line.h"
 #include "core/config_files.h"
-#include "core/settings.h"
 #include "core/shutdown.h"
 #include "core/single_instance.h"
 #include "modem/at_channel.h"
 #include "modem/serial_port.h"
 #include "sms/receive.h"
+#include "state/published.h"
+#include "state/settings.h"
+#include "state/statistics_record.h"
+#include "state/timers.h"
 #include "status/card_statistics.h"
 #include "status/identity.h"
-#include "status/statistics_record.h"
 #include "support/countdown_timer.h"
 #include "support/logger.h"
-#include "support/shell.h"
 #include "support/system_log.h"
 #include "support/text.h"
 
@@ -31,27 +33,7 @@ constexpr char kVersion[] = "1.45";
 constexpr char kHostKeyFile[] = "/etc/ssh/ssh_host_dsa_key";
 constexpr int kCutoffWithHostKey = 600;      // seconds of uptime
 constexpr int kCutoffWithoutHostKey = 1800;  // a first boot, still making its keys, takes longer
-constexpr char kLogFile[] = "/var/log/csq";
 constexpr int kLogKilobytes = 50;
-
-struct TimerPeriod {
-    cCountdownTimer** timer;
-    unsigned seconds;
-    bool starts_at_once;
-};
-
-// In the order of their creation; the main loop owns one more, for its status work.
-const TimerPeriod kTimers[] = {
-    {&g_Cp_TowerTimeTimer, 14400, false},
-    {&g_Cp_LteCheckTimer, 30, false},
-    {&g_Cp_PingTimer, 600, false},
-    {&g_Cp_IdentityTimer, 30, false},
-    {&g_Cp_NoServiceTimer, 30, false},
-    {&g_Cp_SmsTimer, 15, true},
-    {&g_Cp_DelaySendSMSTimer, 30, false},
-    {&g_Cp_SmsCleanupTimer, 900, false},
-    {&g_Cp_CregTimer, static_cast<unsigned>(g_i_CregPollPeriod), true},
-};
 
 // A copy that lives as long as the process.
 char* Kept(const std::string& text) {
@@ -63,7 +45,7 @@ char* Kept(const std::string& text) {
 void NameProgram(const char* argv0) {
     const std::string name = ProgramNameOf(argv0 != nullptr ? argv0 : "");
     g_cp_ProgramName = Kept(name);
-    g_cp_PidFile = Kept(Format("/var/run/%s.pid", name.c_str()));
+    g_cp_PidFile = Kept(Format(published::kPidFileFormat, name.c_str()));
 }
 
 void ChooseUptimeCutoff() {
@@ -88,13 +70,10 @@ void ReadArgumentsOrExit(int argc, const char* const* argv) {
 
 void CreateLoggerAndTimers() {
     g_Cp_Logger = new cKVTLogger;
-    g_Cp_Logger->Init(kLogFile, kLogKilobytes, 1, nullptr);
+    g_Cp_Logger->Init(published::kLogFile, kLogKilobytes, 1, nullptr);
     g_Cp_Logger->SetDebugLevel(0);
     g_Cp_Logger->SetFoldRepeats(0);
-    for (const TimerPeriod& row : kTimers) {
-        *row.timer = new cCountdownTimer(0, row.seconds);
-        if (row.starts_at_once) (*row.timer)->Start();
-    }
+    CreateTimers();
 }
 
 void PrepareDataConnection() {
@@ -102,8 +81,9 @@ void PrepareDataConnection() {
     g_S_PppConfig.interface_enabled = true;
     g_S_PppConfig.default_route = true;
     if (!IsLteCard()) return;
-    if (RunShell("ifconfig wwan0 0.0.0.0 up &> /dev/null") != 0) {
-        Log("Warning: Modem type set to E362/E371, but int %s does not appear to exist.", "wwan0");
+    if (BringWwanUp() != 0) {
+        Log("Warning: Modem type set to E362/E371, but int %s does not appear to exist.",
+            published::kWwanInterface);
     }
     g_Cp_PingTimer->Start();
 }

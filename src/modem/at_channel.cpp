@@ -8,7 +8,7 @@
 #include <cstring>
 #include <vector>
 
-#include "core/settings.h"
+#include "state/settings.h"
 #include "support/string_tokenizer.h"
 #include "support/system_log.h"
 #include "support/text.h"

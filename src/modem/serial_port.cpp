@@ -8,7 +8,7 @@
 #include <cstring>
 #include <string>
 
-#include "core/settings.h"
+#include "state/settings.h"
 #include "support/system_log.h"
 
 namespace {

@@ -2,9 +2,9 @@
 
 #include <deque>
 
-#include "core/settings.h"
 #include "modem/at_channel.h"
 #include "sms/spool.h"
+#include "state/settings.h"
 #include "support/logger.h"
 #include "support/string_tokenizer.h"
 #include "support/system_log.h"
@@ -82,17 +82,18 @@ void QueueListing(const cStringTokenizer& lines) {
 }
 
 void WriteOut(const SmsMessage& message, int number) {
-    const std::string path =
-        kSmsReceiveDirectory + ("sms_msg" + LocalTime("%Y%m%d-%H%M%S")) + "." + IntToString(number);
+    const std::string path = kSmsReceiveDirectory +
+                             (published::kSmsReceivedPrefix + LocalTime("%Y%m%d-%H%M%S")) + "." +
+                             IntToString(number);
     LogAbove(0, "DEBUG: %s: Writing out incoming SMS message to file %s",
              "WriteOutQueuedSmsMessages", path.c_str());
     Log("Got SMS from %s at %s, Message: %s", message.from.c_str(), message.time.c_str(),
         message.text.c_str());
     if (!IsSafeSpoolPath(kSmsReceiveDirectory)) return;
     cTextFileWriter file(path);
-    file.AddLine("FROM=" + message.from);
-    file.AddLine("TIME=" + message.time);
-    file.AddLine("MSG=" + message.text);
+    file.AddLine(published::sms_label::kFrom + message.from);
+    file.AddLine(published::sms_label::kTime + message.time);
+    file.AddLine(published::sms_label::kMessage + message.text);
     file.WriteFile();
 }
 

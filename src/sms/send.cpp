@@ -5,11 +5,12 @@
 
 #include <vector>
 
-#include "core/settings.h"
 #include "modem/at_channel.h"
 #include "modem/response_fields.h"
 #include "sms/cms_errors.h"
 #include "sms/spool.h"
+#include "state/settings.h"
+#include "state/timers.h"
 #include "support/countdown_timer.h"
 #include "support/shell.h"
 #include "support/system_log.h"

@@ -7,7 +7,8 @@
 
 #include <cerrno>
 
-#include "core/settings.h"
+#include "state/settings.h"
+#include "state/timers.h"
 #include "support/countdown_timer.h"
 #include "support/file_reader.h"
 #include "support/info_table.h"
@@ -15,12 +16,12 @@
 #include "support/system_log.h"
 #include "support/text.h"
 
+namespace sms_label = published::sms_label;
+
 namespace {
 
 constexpr long kMostSeconds = 86400;  // a file's life in the spool
 constexpr int kMostMinutes = 1440;    // the same, as the log shows it
-constexpr char kToLabel[] = "TO";
-constexpr char kMessageLabel[] = "MSG=";
 
 void LogInvalid(const std::string& path, const char* field) {
     Log("SMS send file %s is invalid, does not contain a '%s' field.", path.c_str(), field);
@@ -102,20 +103,20 @@ bool ReadSmsSendFile(const std::string& path, std::string& to, std::string& mess
         return false;
     }
     const cInfoTable table(path, '=');
-    if (table.HasLabel(kToLabel)) {
-        to = table.GetValue(kToLabel);
+    if (table.HasLabel(sms_label::kTo)) {
+        to = table.GetValue(sms_label::kTo);
         CleanWhiteSpace(to);
     } else {
-        LogInvalid(path, kToLabel);
+        LogInvalid(path, sms_label::kTo);
     }
     // The missing number takes no part in the result, deliberately: the message goes out to an
     // empty number, the modem rejects it, and the file ends in send_fail, where it is noticed.
-    const auto found = text.find(kMessageLabel);
+    const auto found = text.find(sms_label::kMessage);
     if (found == std::string::npos) {
-        LogInvalid(path, kMessageLabel);
+        LogInvalid(path, sms_label::kMessage);
         return false;
     }
-    message = text.substr(found + sizeof(kMessageLabel) - 1);
+    message = text.substr(found + sizeof(sms_label::kMessage) - 1);
     return true;
 }
 

@@ -8,9 +8,11 @@
 #include <string>
 #include <vector>
 
-constexpr char kSmsSendDirectory[] = "/tmp/sms/send/";
-constexpr char kSmsFailDirectory[] = "/tmp/sms/send_fail/";
-constexpr char kSmsReceiveDirectory[] = "/tmp/sms/recv/";
+#include "state/published.h"
+
+using published::kSmsFailDirectory;
+using published::kSmsReceiveDirectory;
+using published::kSmsSendDirectory;
 
 // True unless an element of the path below /tmp is a link that belongs neither to root nor to the
 // daemon's own user; such a link is logged. A path that does not exist is safe.

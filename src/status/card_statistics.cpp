@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "core/settings.h"
+#include "state/published.h"
+#include "state/settings.h"
+#include "state/statistics_record.h"
 #include "status/identity.h"
-#include "status/statistics_record.h"
 #include "support/string_tokenizer.h"
 #include "support/system_log.h"
 #include "support/text.h"
@@ -14,11 +15,7 @@
 namespace {
 
 using S = GlobalStats;
-
-constexpr char kStatisticsFile[] = "/var/log/wireless.cardstats";
-constexpr char kSerialNumberFile[] = "/var/log/wireless.serialno";
-constexpr char kDirectoryNumberFile[] = "/var/log/wireless.mdn";
-constexpr char kChannelFile[] = "/var/log/lightbar_chan_in";
+namespace key = published::key;
 
 struct PublishedText {
     const char* key;
@@ -27,73 +24,73 @@ struct PublishedText {
 
 // ESN and IMEI carry the same field: deliberate, the web page shows whichever it looks for.
 constexpr PublishedText kDeviceKeys[] = {
-    {"CELLMODEM_ESN", &S::serial_number},
-    {"CELLMODEM_IMEI", &S::serial_number},
-    {"CELLMODEM_SIM_ID", &S::sim_id},
-    {"CELLMODEM_MDN", &S::mdn},
-    {"CELLMODEM_MANU", &S::manufacturer},
-    {"CELLMODEM_MODEL", &S::model},
-    {"CELLMODEM_FIRMWARE_V", &S::firmware_version},
-    {"CELLMODEM_HARDWARE_V", &S::hardware_version},
+    {key::kEsn, &S::serial_number},
+    {key::kImei, &S::serial_number},
+    {key::kSimId, &S::sim_id},
+    {key::kMdn, &S::mdn},
+    {key::kManufacturer, &S::manufacturer},
+    {key::kModel, &S::model},
+    {key::kFirmwareVersion, &S::firmware_version},
+    {key::kHardwareVersion, &S::hardware_version},
 };
 
 constexpr PublishedText kNetworkKeys[] = {
-    {"CELLMODEM_CARRIER", &S::carrier},
-    {"CELLMODEM_CARRIER_PLMN", &S::carrier_plmn},
-    {"CELLMODEM_BAND", &S::band},
+    {key::kCarrier, &S::carrier},
+    {key::kCarrierPlmn, &S::carrier_plmn},
+    {key::kBand, &S::band},
 };
 
 // Ec/Io stands in the file a second time for the LTE cards: deliberate, readers count lines.
 constexpr PublishedText kLteCardKeys[] = {
-    {"CELLMODEM_CURRENT_ECIO", &S::ecio},
-    {"CELLMODEM_LTE_RSRP", &S::lte_rsrp},
-    {"CELLMODEM_LTE_RSRQ", &S::lte_rsrq},
-    {"CELLMODEM_QMI_RESULT", &S::qmi_result},
-    {"CELLMODEM_QMI_RESULT_NUMBER", &S::qmi_result_number},
-    {"CELLMODEM_QMI_STATE", &S::qmi_state},
-    {"CELLMODEM_QMI_END_REASON", &S::qmi_end_reason},
-    {"CELLMODEM_QMI_CALL_TIME", &S::qmi_call_time},
-    {"CELLMODEM_SERVICE_TYPE", &S::service_type},
-    {"CELLMODEM_SYSTEM_MODE", &S::system_mode},
-    {"CELLMODEM_SERVICE_DOMAIN", &S::service_domain},
-    {"CELLMODEM_CREG", &S::creg},
-    {"CELLMODEM_CREG_ABR", &S::creg_abr},
-    {"CELLMODEM_TEMPERATURE", &S::temperature},
+    {key::kCurrentEcio, &S::ecio},
+    {key::kLteRsrp, &S::lte_rsrp},
+    {key::kLteRsrq, &S::lte_rsrq},
+    {key::kQmiResult, &S::qmi_result},
+    {key::kQmiResultNumber, &S::qmi_result_number},
+    {key::kQmiState, &S::qmi_state},
+    {key::kQmiEndReason, &S::qmi_end_reason},
+    {key::kQmiCallTime, &S::qmi_call_time},
+    {key::kServiceType, &S::service_type},
+    {key::kSystemMode, &S::system_mode},
+    {key::kServiceDomain, &S::service_domain},
+    {key::kCreg, &S::creg},
+    {key::kCregAbr, &S::creg_abr},
+    {key::kTemperature, &S::temperature},
 };
 
 constexpr PublishedText k881KeysBeforeRoaming[] = {
-    {"CELLMODEM_POWERON_TIME", &S::poweron_time},
-    {"CELLMODEM_SYSTEM_MODE", &S::system_mode},
-    {"CELLMODEM_SERVICE_TYPE", &S::service_type},
-    {"CELLMODEM_LTE_BAND", &S::lte_band},
-    {"CELLMODEM_LTE_RX_CHAN", &S::lte_rx_channel},
-    {"CELLMODEM_LTE_TX_CHAN", &S::lte_tx_channel},
-    {"CELLMODEM_LTE_BW", &S::lte_bandwidth},
-    {"CELLMODEM_LTE_RSRP", &S::lte_rsrp},
-    {"CELLMODEM_LTE_RSRQ", &S::lte_rsrq},
-    {"CELLMODEM_LTE_TRAC_AREA_CODE", &S::lte_tracking_area_code},
-    {"CELLMODEM_WCDMA_BAND", &S::wcdma_band},
-    {"CELLMODEM_WCDMA_CHANNEL", &S::wcdma_channel},
-    {"CELLMODEM_GMM_PS_STATE", &S::gmm_ps_state},
-    {"CELLMODEM_MM_CS_STATE", &S::mm_cs_state},
-    {"CELLMODEM_WCDMA_L1_STATE", &S::wcdma_l1_state},
-    {"CELLMODEM_RX_LEVEL", &S::rx_level},
-    {"CELLMODEM_RX_LEVEL_C0", &S::rx_level_c0},
-    {"CELLMODEM_RX_LEVEL_C1", &S::rx_level_c1},
-    {"CELLMODEM_LOCATION_AREA_CODE", &S::location_area_code},
-    {"CELLMODEM_SERVING_CELL", &S::serving_cell},
+    {key::kPoweronTime, &S::poweron_time},
+    {key::kSystemMode, &S::system_mode},
+    {key::kServiceType, &S::service_type},
+    {key::kLteBand, &S::lte_band},
+    {key::kLteRxChannel, &S::lte_rx_channel},
+    {key::kLteTxChannel, &S::lte_tx_channel},
+    {key::kLteBandwidth, &S::lte_bandwidth},
+    {key::kLteRsrp, &S::lte_rsrp},
+    {key::kLteRsrq, &S::lte_rsrq},
+    {key::kLteTrackingAreaCode, &S::lte_tracking_area_code},
+    {key::kWcdmaBand, &S::wcdma_band},
+    {key::kWcdmaChannel, &S::wcdma_channel},
+    {key::kGmmPsState, &S::gmm_ps_state},
+    {key::kMmCsState, &S::mm_cs_state},
+    {key::kWcdmaL1State, &S::wcdma_l1_state},
+    {key::kRxLevel, &S::rx_level},
+    {key::kRxLevelC0, &S::rx_level_c0},
+    {key::kRxLevelC1, &S::rx_level_c1},
+    {key::kLocationAreaCode, &S::location_area_code},
+    {key::kServingCell, &S::serving_cell},
 };
 
 constexpr PublishedText k881KeysBehindRoaming[] = {
-    {"CELLMODEM_SIM_STATUS", &S::sim_status},
-    {"CELLMODEM_TEMPERATURE", &S::temperature},
-    {"CELLMODEM_MODE", &S::mode},
-    {"CELLMODEM_PS_STATE", &S::ps_state},
-    {"CELLMODEM_GSM_CHANNEL", &S::gsm_channel},
-    {"CELLMODEM_RRC_STATE", &S::rrc_state},
-    {"CELLMODEM_CREG", &S::creg},
-    {"CELLMODEM_CREG_ABR", &S::creg_abr},
-    {"CELLMODEM_GPRS_STATE", &S::gprs_state},
+    {key::kSimStatus, &S::sim_status},
+    {key::kTemperature, &S::temperature},
+    {key::kMode, &S::mode},
+    {key::kPsState, &S::ps_state},
+    {key::kGsmChannel, &S::gsm_channel},
+    {key::kRrcState, &S::rrc_state},
+    {key::kCreg, &S::creg},
+    {key::kCregAbr, &S::creg_abr},
+    {key::kGprsState, &S::gprs_state},
 };
 
 void AddText(cTextFileWriter& file, const char* key, const std::string& text) {
@@ -155,13 +152,13 @@ SignalValues DeriveSignalValues() {
 
 void AddSignal(cTextFileWriter& file) {
     const SignalValues signal = DeriveSignalValues();
-    AddNumber(file, "CELLMODEM_CURRENT_RSSI", signal.current_rssi);
-    AddNumber(file, "CELLMODEM_HIGHSPEED_RSSI", signal.high_rssi);
-    AddNumber(file, "CELLMODEM_LOWSPEED_RSSI", signal.low_rssi);
-    AddNumber(file, "CELLMODEM_CURRENT_CSQ", signal.current_csq);
-    AddNumber(file, "CELLMODEM_HIGHSPEED_CSQ", signal.high_csq);
-    AddNumber(file, "CELLMODEM_LOWSPEED_CSQ", signal.low_csq);
-    AddText(file, "CELLMODEM_CURRENT_ECIO", g_S_Globalstats.ecio);
+    AddNumber(file, key::kCurrentRssi, signal.current_rssi);
+    AddNumber(file, key::kHighSpeedRssi, signal.high_rssi);
+    AddNumber(file, key::kLowSpeedRssi, signal.low_rssi);
+    AddNumber(file, key::kCurrentCsq, signal.current_csq);
+    AddNumber(file, key::kHighSpeedCsq, signal.high_csq);
+    AddNumber(file, key::kLowSpeedCsq, signal.low_csq);
+    AddText(file, key::kCurrentEcio, g_S_Globalstats.ecio);
 }
 
 // Empty pieces count, so a list whose first line is empty starts with the key ending in 1.
@@ -170,7 +167,7 @@ void AddContexts(cTextFileWriter& file) {
     LogAbove(1, "DEBUG: APN token count is %d", static_cast<int>(contexts.GetTokenCount()));
     for (unsigned i = 0; i < contexts.GetTokenCount(); ++i) {
         if (contexts[i].empty()) continue;
-        AddText(file, Format("CELLMODEM_SIM_CONT_APN%u", i).c_str(), contexts[i]);
+        AddText(file, Format("%s%u", key::kSimContextApn, i).c_str(), contexts[i]);
     }
 }
 
@@ -183,11 +180,11 @@ void WriteSingleLine(const char* path, const std::string& line) {
 void Add881Keys(cTextFileWriter& file) {
     const S& stats = g_S_Globalstats;
     AddKeys(file, k881KeysBeforeRoaming);
-    AddNumber(file, "CELLMODEM_ROAMING", stats.roaming);
+    AddNumber(file, key::kRoaming, stats.roaming);
     AddKeys(file, k881KeysBehindRoaming);
     const std::string& channel = stats.gprs_state.empty() ? stats.wcdma_channel : stats.gsm_channel;
-    AddText(file, "CELLMODEM_CURRENT_CHAN", channel);
-    WriteSingleLine(kChannelFile, channel);
+    AddText(file, key::kCurrentChannel, channel);
+    WriteSingleLine(published::kLightbarChannelFile, channel);
 }
 
 }  // namespace
@@ -202,15 +199,15 @@ std::string CsqToRssi(const std::string& csq, const std::string& previous_csq) {
 
 void DumpAllCardInfo() {
     LogAbove(1, "running %s", __func__);
-    cTextFileWriter statistics(kStatisticsFile);
+    cTextFileWriter statistics(published::kCardStatisticsFile);
     statistics.AddLine("#File generated " + LocalTime("%F %H:%M:%S ", 23));
     QueryIccid();
-    LogAbove(1, "writing Device Properties to %s", kStatisticsFile);
+    LogAbove(1, "writing Device Properties to %s", published::kCardStatisticsFile);
 
     statistics.AddLine("#Device Properties :");
     AddKeys(statistics, kDeviceKeys);
     if (g_i_CardType == kCardSierra881) {
-        AddText(statistics, "CELLMODEM_SKU_PRIID", g_S_Globalstats.sku_priid);
+        AddText(statistics, key::kSkuPriid, g_S_Globalstats.sku_priid);
     }
     statistics.AddLine("#Network Service Info :");
     AddKeys(statistics, kNetworkKeys);
@@ -222,7 +219,7 @@ void DumpAllCardInfo() {
     AddContexts(statistics);
     if (g_i_CardType == kCardSierra881) Add881Keys(statistics);
 
-    WriteSingleLine(kSerialNumberFile, g_S_Globalstats.serial_number);
-    WriteSingleLine(kDirectoryNumberFile, g_S_Globalstats.mdn);
+    WriteSingleLine(published::kSerialNumberFile, g_S_Globalstats.serial_number);
+    WriteSingleLine(published::kDirectoryNumberFile, g_S_Globalstats.mdn);
     statistics.WriteFile();
 }

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <string>
 
-#include "core/settings.h"
 #include "modem/at_channel.h"
 #include "modem/response_fields.h"
-#include "status/statistics_record.h"
+#include "state/settings.h"
+#include "state/statistics_record.h"
 #include "support/string_tokenizer.h"
 #include "support/system_log.h"
 #include "support/text.h"

@@ -2,11 +2,11 @@
 
 #include <string>
 
-#include "core/settings.h"
 #include "modem/at_channel.h"
+#include "state/settings.h"
+#include "state/statistics_record.h"
 #include "status/carrier_lookup.h"
 #include "status/identity_rules.h"
-#include "status/statistics_record.h"
 #include "support/string_tokenizer.h"
 #include "support/system_log.h"
 #include "support/text.h"

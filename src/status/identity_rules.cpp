@@ -1,6 +1,6 @@
 #include "status/identity_rules.h"
 
-#include "core/settings.h"
+#include "state/settings.h"
 #include "support/system_log.h"
 #include "support/text.h"
 

@@ -3,9 +3,11 @@
 #include <cstdio>
 #include <string>
 
-#include "core/settings.h"
 #include "modem/at_channel.h"
-#include "status/statistics_record.h"
+#include "state/published.h"
+#include "state/settings.h"
+#include "state/statistics_record.h"
+#include "state/timers.h"
 #include "support/countdown_timer.h"
 #include "support/string_tokenizer.h"
 #include "support/system_log.h"
@@ -13,10 +15,6 @@
 #include "support/text_file_writer.h"
 
 namespace {
-
-constexpr char kActivationStatusFile[] = "/var/log/wirelessactivation_status";
-constexpr int kSearchingPeriod = 5;    // seconds
-constexpr int kRegisteredPeriod = 30;  // seconds
 
 struct RegistrationText {
     const char* full;
@@ -26,12 +24,12 @@ struct RegistrationText {
 
 // Indexed by the status number. The lower-case "registered" of row 2 is what the web page shows.
 constexpr RegistrationText kRegistrationTexts[] = {
-    {"Not Registered, Not Searching", "Not Reg", kSearchingPeriod},
-    {"Registered, Home Network", "Reg Home", kRegisteredPeriod},
-    {"Not registered, Searching", "Searching", kSearchingPeriod},
-    {"Registration Denied", "Reg Denied", kSearchingPeriod},
-    {"Status Unknown", "Unkn Stat", kSearchingPeriod},
-    {"Registered, Roaming", "Reg Roam", kRegisteredPeriod},
+    {"Not Registered, Not Searching", "Not Reg", kCregSearchingPeriod},
+    {"Registered, Home Network", "Reg Home", kCregRegisteredPeriod},
+    {"Not registered, Searching", "Searching", kCregSearchingPeriod},
+    {"Registration Denied", "Reg Denied", kCregSearchingPeriod},
+    {"Status Unknown", "Unkn Stat", kCregSearchingPeriod},
+    {"Registered, Roaming", "Reg Roam", kCregRegisteredPeriod},
 };
 constexpr int kKnownStatuses = sizeof(kRegistrationTexts) / sizeof(kRegistrationTexts[0]);
 
@@ -90,7 +88,7 @@ int ReadStatus(const std::string& response) {
 }
 
 void TakeStatus(int status) {
-    RegistrationText text = {"Unknown", "Unknown", kSearchingPeriod};
+    RegistrationText text = {"Unknown", "Unknown", kCregSearchingPeriod};
     if (status >= 0 && status < kKnownStatuses) {
         text = kRegistrationTexts[status];
     } else {
@@ -107,7 +105,7 @@ void CheckRegistration() {
     if (!CardReportsRegistration()) return;
     TakeStatus(ReadStatus(SendAtCommand(IsLteCard() ? "AT+CEREG?" : "AT+CREG?", 0)));
 
-    cTextFileWriter activation(kActivationStatusFile);
+    cTextFileWriter activation(published::kActivationStatusFile);
     activation.AddLine(g_S_Globalstats.creg_abr);
     activation.WriteFile();
 

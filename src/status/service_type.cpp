@@ -3,11 +3,11 @@
 #include <cstdio>
 #include <string>
 
-#include "connection/dhcp_client.h"
-#include "core/settings.h"
 #include "modem/at_channel.h"
 #include "modem/response_fields.h"
-#include "status/statistics_record.h"
+#include "state/settings.h"
+#include "state/statistics_record.h"
+#include "state/timers.h"
 #include "support/countdown_timer.h"
 #include "support/string_tokenizer.h"
 #include "support/system_log.h"
@@ -60,18 +60,22 @@ void CheckNoServiceTimer() {
     g_Cp_NoServiceTimer->Stop();
 }
 
-void ActOnChangedService() {
+// True when the new service is a good one.
+bool TakeChangedService() {
     LogChange();
     if (haveValidService(g_S_Globalstats.service_type)) {
-        StartUdhcpc();
         g_Cp_NoServiceTimer->Stop();
-    } else if (!g_Cp_NoServiceTimer->IsRunning()) {
+        return true;
+    }
+    if (!g_Cp_NoServiceTimer->IsRunning()) {
         LogDebug("DEBUG: starting g_Cp_NoServiceTimer");
         g_Cp_NoServiceTimer->Start();
     }
+    return false;
 }
 
-void QuerySysMode() {
+// The first line that changes the service ends the query.
+bool QuerySysMode() {
     SendAtCommand("ATE0", 0);
     const std::string response = SendAtCommand(kSysModeCommand, 0);
     g_S_Globalstats.service_type = "Unknown";
@@ -84,11 +88,12 @@ void QuerySysMode() {
                  line.c_str());
         g_S_Globalstats.service_type = line;
         CheckNoServiceTimer();
-        const bool changed = g_S_Globalstats.previous_service_type != line;
-        if (changed) ActOnChangedService();
+        if (g_S_Globalstats.previous_service_type == line) continue;
+        const bool good = TakeChangedService();
         g_S_Globalstats.previous_service_type = line;
-        if (changed) return;
+        return good;
     }
+    return false;
 }
 
 // --- Novatel E371 --------------------------------------------------------------------------------
@@ -160,17 +165,19 @@ void QuerySierraService() {
 
 }  // namespace
 
-void QueryServiceType() {
+bool QueryServiceType() {
     switch (g_i_CardType) {
         case kCardNovatelE362:
             return QuerySysMode();
         case kCardNovatelE371:
-            return QueryRat();
+            QueryRat();
+            return false;
         case kCardSierra881:
         case kCardType3:
         case kCardSierraUsb305:
-            return QuerySierraService();
+            QuerySierraService();
+            return false;
         default:
-            return;
+            return false;
     }
 }

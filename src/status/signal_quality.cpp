@@ -4,10 +4,11 @@
 #include <cstdio>
 #include <string>
 
-#include "core/settings.h"
 #include "modem/at_channel.h"
 #include "modem/response_fields.h"
-#include "status/statistics_record.h"
+#include "state/published.h"
+#include "state/settings.h"
+#include "state/statistics_record.h"
 #include "support/string_tokenizer.h"
 #include "support/system_log.h"
 #include "support/text.h"
@@ -15,8 +16,6 @@
 
 namespace {
 
-constexpr char kLightbarFile[] = "/var/log/lightbar";
-constexpr char kLightbarEcioFile[] = "/var/log/lightbar_ecio_in";
 constexpr std::size_t kConvertedLine = 32;
 
 // The CSQ value for each signal indicator. Indicator 0 counts as unknown, not as the weakest
@@ -87,11 +86,11 @@ void UpdateLightbar(const char* line) {
     LogAbove(1, "UpdateLightbar: %s into /var/log/lightbar", line);
 
     // What the modem says never reaches a shell, so the line is written here and not by an echo.
-    cTextFileWriter lightbar(kLightbarFile);
+    cTextFileWriter lightbar(published::kLightbarFile);
     lightbar.AddLine(line);
     lightbar.ReplaceFile();
 
-    cTextFileWriter ecio(kLightbarEcioFile);
+    cTextFileWriter ecio(published::kLightbarEcioFile);
     ecio.InsertLine(g_S_Globalstats.ecio, 0);
     ecio.WriteFile();
 }

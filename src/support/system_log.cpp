@@ -4,7 +4,7 @@
 
 #include <cstdarg>
 
-#include "core/settings.h"
+int g_i_DebugLevel = 0;
 
 bool IsDebug() {
     return g_i_DebugLevel != 0;

@@ -5,7 +5,9 @@
 // silent.
 #pragma once
 
-#include <string>
+// Verbosity; 0 is quiet. Written by the command line (one for each -d) and by the provisioning
+// file, which can make it negative.
+extern int g_i_DebugLevel;
 
 // Always.
 void Log(const char* format, ...) __attribute__((format(printf, 1, 2)));

@@ -8,8 +8,8 @@
 #include <filesystem>
 #include <vector>
 
-#include "core/settings.h"
 #include "rig/private_root.h"
+#include "state/settings.h"
 
 extern "C" int LLVMFuzzerRunDriver(int* argc, char*** argv,
                                    int (*test)(const std::uint8_t* data, std::size_t size));

@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "core/settings.h"
 #include "fuzz_main.h"
 #include "modem/at_channel.h"
 #include "scenarios/worlds/status_files.h"
+#include "state/settings.h"
 #include "status/signal_quality.h"
 
 namespace {

@@ -8,21 +8,22 @@
 #include <string>
 #include <vector>
 
+#include "connection/dhcp_client.h"
 #include "connection/lte_supervision.h"
 #include "connection/tower_time.h"
-#include "core/settings.h"
 #include "fuzz_main.h"
 #include "scenarios/worlds/daemon_words.h"
 #include "scenarios/worlds/status_files.h"
 #include "sms/receive.h"
 #include "sms/send.h"
+#include "state/settings.h"
+#include "state/statistics_record.h"
 #include "status/card_statistics.h"
 #include "status/health_report.h"
 #include "status/identity.h"
 #include "status/registration.h"
 #include "status/service_type.h"
 #include "status/signal_quality.h"
-#include "status/statistics_record.h"
 #include "status/system_info.h"
 #include "support/countdown_timer.h"
 #include "support/string_tokenizer.h"
@@ -49,6 +50,11 @@ void AskQmiState() {
     IsNovatelConnected();
 }
 
+// As the main loop does: good service has the DHCP client started.
+void AskServiceType() {
+    if (QueryServiceType()) StartUdhcpc();
+}
+
 void AskAll();
 
 constexpr void (*kQueries[])() = {
@@ -56,7 +62,7 @@ constexpr void (*kQueries[])() = {
     UpdateCardIdentity,
     GetSysinfo,
     QueryBand,
-    QueryServiceType,
+    AskServiceType,
     QuerySierraEcio,
     QueryNovatelSignal,
     QueryHealthReport,

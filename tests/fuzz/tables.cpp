@@ -9,10 +9,10 @@
 
 #include "core/config_files.h"
 #include "core/error_checks.h"
-#include "core/settings.h"
 #include "core/single_instance.h"
 #include "fuzz_main.h"
 #include "sms/spool.h"
+#include "state/settings.h"
 #include "support/file_reader.h"
 #include "support/info_table.h"
 

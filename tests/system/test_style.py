@@ -14,17 +14,12 @@ TEXT = (*CODE, ".c", ".md", ".py", ".sh", ".txt", ".cmake", ".json", ".profile",
 # A folder may include from itself and from these.
 ARROWS = {
     "support": set(),
-    "modem": {"support"},
-    "status": {"support", "modem"},
-    "connection": {"support", "modem", "status"},
-    "sms": {"support", "modem"},
-    "core": {"support", "modem", "status", "connection", "sms"},
-}
-# Plain data that everyone reads; the modem reset; registration's call to the DHCP client.
-EXCEPTIONS = {
-    "core/settings.h": set(ARROWS),
-    "core/shutdown.h": {"connection"},
-    "connection/dhcp_client.h": {"status"},
+    "state": {"support"},
+    "modem": {"support", "state"},
+    "status": {"support", "state", "modem"},
+    "connection": {"support", "state", "modem"},
+    "sms": {"support", "state", "modem"},
+    "core": {"support", "state", "modem", "status", "connection", "sms"},
 }
 # Rooms whose test has another name than they have.
 TESTED_ELSEWHERE = {
@@ -65,9 +60,7 @@ class Includes(unittest.TestCase):
             folder = path.relative_to(SOURCE).parts[0]
             for header in includes(path):
                 target = header.split("/")[0]
-                allowed = target == folder or target in ARROWS[folder] \
-                    or folder in EXCEPTIONS.get(header, set())
-                if not allowed:
+                if target != folder and target not in ARROWS[folder]:
                     wrong.append(f"{path.relative_to(PROJECT)} includes {header}")
         self.assertEqual(wrong, [])
 

@@ -1,7 +1,7 @@
 #include "connection/apn_provisioning.h"
 
 #include "connection_test.h"
-#include "core/settings.h"
+#include "state/settings.h"
 
 namespace {
 

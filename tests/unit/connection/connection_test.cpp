@@ -20,7 +20,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "core/settings.h"
+#include "state/settings.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <filesystem>
 
 #include "connection_test.h"
-#include "core/settings.h"
-#include "status/statistics_record.h"
+#include "state/settings.h"
+#include "state/statistics_record.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <filesystem>
 
 #include "connection_test.h"
-#include "core/settings.h"
+#include "state/settings.h"
 
 namespace {
 

@@ -1,8 +1,9 @@
 #include "connection/lte_supervision.h"
 
 #include "connection_test.h"
-#include "core/settings.h"
-#include "status/statistics_record.h"
+#include "state/settings.h"
+#include "state/statistics_record.h"
+#include "state/timers.h"
 #include "support/countdown_timer.h"
 
 namespace {

@@ -1,8 +1,8 @@
 // How the supervision reads the state of the data call: IsNovatelConnected.
 #include "connection/lte_supervision.h"
 #include "connection_test.h"
-#include "core/settings.h"
-#include "status/statistics_record.h"
+#include "state/settings.h"
+#include "state/statistics_record.h"
 
 namespace {
 

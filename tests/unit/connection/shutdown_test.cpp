@@ -3,7 +3,7 @@
 #include <csignal>
 
 #include "connection_test.h"
-#include "core/settings.h"
+#include "state/settings.h"
 
 namespace {
 

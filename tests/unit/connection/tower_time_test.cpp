@@ -1,7 +1,8 @@
 #include "connection/tower_time.h"
 
 #include "connection_test.h"
-#include "core/settings.h"
+#include "state/settings.h"
+#include "state/timers.h"
 #include "support/countdown_timer.h"
 
 namespace {

@@ -3,8 +3,8 @@
 
 #include <climits>
 
-#include "core/settings.h"
 #include "fakes/fixture.h"
+#include "state/settings.h"
 
 namespace {
 

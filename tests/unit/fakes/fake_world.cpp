@@ -15,10 +15,11 @@
 #include <fstream>
 #include <sstream>
 
-#include "core/settings.h"
 #include "fakes/fixture.h"
 #include "sms/receive.h"
-#include "status/statistics_record.h"
+#include "state/settings.h"
+#include "state/statistics_record.h"
+#include "state/timers.h"
 #include "support/countdown_timer.h"
 
 namespace {

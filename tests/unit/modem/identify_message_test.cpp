@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "core/settings.h"
 #include "fakes/fixture.h"
 #include "modem/at_channel.h"
+#include "state/settings.h"
 
 namespace {
 

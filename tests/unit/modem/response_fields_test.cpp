@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "core/settings.h"
 #include "fakes/fixture.h"
+#include "state/settings.h"
 
 namespace {
 

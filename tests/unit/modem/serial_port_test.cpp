@@ -10,9 +10,9 @@
 #include <cstring>
 #include <string>
 
-#include "core/settings.h"
 #include "fakes/fixture.h"
 #include "modem/at_channel.h"
+#include "state/settings.h"
 
 namespace {
 

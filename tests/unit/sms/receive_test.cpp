@@ -7,8 +7,9 @@
 #include <deque>
 #include <filesystem>
 
-#include "core/settings.h"
 #include "sms/spool_fixture.h"
+#include "state/settings.h"
+#include "state/timers.h"
 #include "support/countdown_timer.h"
 
 using Lines = std::vector<std::string>;

@@ -1,7 +1,7 @@
 #include "sms/send.h"
 
-#include "core/settings.h"
 #include "sms/spool_fixture.h"
+#include "state/settings.h"
 
 using Lines = std::vector<std::string>;
 

@@ -6,8 +6,9 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "core/settings.h"
 #include "sms/spool_fixture.h"
+#include "state/settings.h"
+#include "state/timers.h"
 #include "support/countdown_timer.h"
 
 using Lines = std::vector<std::string>;

@@ -11,8 +11,9 @@
 #include <chrono>
 #include <filesystem>
 
-#include "core/settings.h"
 #include "sms/spool_fixture.h"
+#include "state/settings.h"
+#include "state/timers.h"
 #include "support/countdown_timer.h"
 
 using Lines = std::vector<std::string>;

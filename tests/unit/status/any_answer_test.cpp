@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "any_answer_cards.h"
+#include "state/timers.h"
 #include "status/card_statistics.h"
 #include "status/health_report.h"
 #include "status/identity.h"

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "state/timers.h"
 #include "status_test.h"
 #include "support/countdown_timer.h"
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "core/settings.h"
 #include "fakes/fixture.h"
-#include "status/statistics_record.h"
+#include "state/settings.h"
+#include "state/statistics_record.h"
 
 using Lines = std::vector<std::string>;
 using Levels = std::vector<int>;

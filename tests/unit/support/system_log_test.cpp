@@ -3,8 +3,8 @@
 
 #include <syslog.h>
 
-#include "core/settings.h"
 #include "fakes/fixture.h"
+#include "state/settings.h"
 
 namespace {
 

@@ -1,12 +1,13 @@
 // The process-wide settings and handles: plain globals of one single-threaded process, grouped by
-// who writes them. Everyone may read this header; it includes nothing of the daemon's own.
+// who writes them. The timers have a header of their own; g_i_DebugLevel belongs to the system log.
 #pragma once
 
 #include <csignal>
 #include <deque>
 #include <string>
 
-class cCountdownTimer;
+#include "support/system_log.h"  // g_i_DebugLevel
+
 class cKVTLogger;
 struct SmsMessage;
 
@@ -22,12 +23,11 @@ enum CardType : int {
 };
 
 // --- Written by the command line -----------------------------------------------------------------
-extern int g_i_CardType;      // a CardType
-extern int g_i_IsE362;        // 1 after the E362 option, 0 after the E371 option
-extern int g_i_IsMc75i;       // 1 after the mc75i option
-extern int g_i_UseCind1;      // 1: the signal is polled with AT+CIND? instead of AT+CSQ
-extern int g_i_DebugLevel;    // verbosity; 0 is quiet; negative when the provisioning file says so
-extern int g_i_UptimeCutoff;  // seconds of uptime below which the error checks do nothing
+extern int g_i_CardType;        // a CardType
+extern int g_i_IsE362;          // 1 after the E362 option, 0 after the E371 option
+extern int g_i_IsMc75i;         // 1 after the mc75i option
+extern int g_i_UseCind1;        // 1: the signal is polled with AT+CIND? instead of AT+CSQ
+extern int g_i_UptimeCutoff;    // seconds of uptime below which the error checks do nothing
 extern char* g_cp_ProgramName;  // last element of argv[0]
 extern char* g_cp_PidFile;      // /var/run/<program>.pid
 extern char g_c_PortPath[80];   // serial device; no zero byte behind a path of 80 characters
@@ -41,8 +41,10 @@ extern const char g_c_CR;
 extern const char g_c_LF;
 
 // --- Modem status --------------------------------------------------------------------------------
-extern int g_i_CregPollPeriod;     // seconds between registration checks, 5 or 30
-extern int g_i_FirstHealthReport;  // 1 until the model query has seen an MC7700
+constexpr int kCregSearchingPeriod = 5;    // seconds
+constexpr int kCregRegisteredPeriod = 30;  // seconds
+extern int g_i_CregPollPeriod;             // seconds between registration checks, one of the two
+extern int g_i_FirstHealthReport;          // 1 until the model query has seen an MC7700
 
 // --- Data connection -----------------------------------------------------------------------------
 extern int g_i_LteConnectAttempts;  // restarts since the data call was last found connected
@@ -63,17 +65,8 @@ extern std::deque<SmsMessage>* g_Cp_SmsQueue;  // received, not yet written out
 extern int g_i_SmsSendAttempts;                // consecutive failed sends, one count for all files
 extern bool g_b_SmsCmgfSupported;              // the modem accepted text mode
 
-// --- Handles created at start-up and kept for the whole run --------------------------------------
-extern cKVTLogger* g_Cp_Logger;
-extern cCountdownTimer* g_Cp_TowerTimeTimer;
-extern cCountdownTimer* g_Cp_LteCheckTimer;
-extern cCountdownTimer* g_Cp_PingTimer;
-extern cCountdownTimer* g_Cp_IdentityTimer;
-extern cCountdownTimer* g_Cp_NoServiceTimer;
-extern cCountdownTimer* g_Cp_SmsTimer;
-extern cCountdownTimer* g_Cp_DelaySendSMSTimer;
-extern cCountdownTimer* g_Cp_SmsCleanupTimer;
-extern cCountdownTimer* g_Cp_CregTimer;
+// --- Created at start-up and kept for the whole run ----------------------------------------------
+extern cKVTLogger* g_Cp_Logger;  // the daemon's own log file
 
 // --- Set by the signal handlers, never cleared ---------------------------------------------------
 extern volatile std::sig_atomic_t g_b_GotSigInt;

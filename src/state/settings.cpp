@@ -1,10 +1,11 @@
-#include "core/settings.h"
+// The settings as they are before the command line is read.
+
+#include "state/settings.h"
 
 int g_i_CardType = kCardGeneric;
 int g_i_IsE362 = 0;
 int g_i_IsMc75i = 0;
 int g_i_UseCind1 = 0;
-int g_i_DebugLevel = 0;
 int g_i_UptimeCutoff = 0;
 char* g_cp_ProgramName = nullptr;
 char* g_cp_PidFile = nullptr;
@@ -17,7 +18,7 @@ bool g_b_CsqQueryForm = false;
 const char g_c_CR = '\r';
 const char g_c_LF = '\n';
 
-int g_i_CregPollPeriod = 5;
+int g_i_CregPollPeriod = kCregSearchingPeriod;
 int g_i_FirstHealthReport = 0;
 
 int g_i_LteConnectAttempts = 0;
@@ -29,15 +30,6 @@ int g_i_SmsSendAttempts = 0;
 bool g_b_SmsCmgfSupported = false;
 
 cKVTLogger* g_Cp_Logger = nullptr;
-cCountdownTimer* g_Cp_TowerTimeTimer = nullptr;
-cCountdownTimer* g_Cp_LteCheckTimer = nullptr;
-cCountdownTimer* g_Cp_PingTimer = nullptr;
-cCountdownTimer* g_Cp_IdentityTimer = nullptr;
-cCountdownTimer* g_Cp_NoServiceTimer = nullptr;
-cCountdownTimer* g_Cp_SmsTimer = nullptr;
-cCountdownTimer* g_Cp_DelaySendSMSTimer = nullptr;
-cCountdownTimer* g_Cp_SmsCleanupTimer = nullptr;
-cCountdownTimer* g_Cp_CregTimer = nullptr;
 
 volatile std::sig_atomic_t g_b_GotSigInt = 0;
 volatile std::sig_atomic_t g_b_GotSigTerm = 0;

@@ -1,4 +1,6 @@
-#include "connection/interface_address.h"
+// Everything about wwan0 but its traffic; the only socket of the daemon.
+
+#include "connection/wwan_interface.h"
 
 #include <arpa/inet.h>
 #include <net/if.h>
@@ -9,8 +11,20 @@
 
 #include <cstring>
 
+#include "state/published.h"
+#include "support/shell.h"
+#include "support/text.h"
+
+int BringWwanUp() {
+    return RunShell(Format("ifconfig %s 0.0.0.0 up &> /dev/null", published::kWwanInterface));
+}
+
+void TakeWwanDown() {
+    RunShell(Format("ifconfig %s 0.0.0.0 down &> /dev/null", published::kWwanInterface));
+}
+
 std::uint32_t GetInterfaceIpv4Address(const std::string& interface_name) {
-    const int fd = socket(AF_INET, SOCK_STREAM, 0);
+    const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (fd < 0) return 0;
     ifreq request = {};
     std::strncpy(request.ifr_name, interface_name.c_str(), sizeof(request.ifr_name) - 1);

@@ -1,4 +1,4 @@
-#include "connection/interface_address.h"
+#include "connection/wwan_interface.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "status/statistics_record.h"
+#include "state/statistics_record.h"
 
 #include <gtest/gtest.h>
 

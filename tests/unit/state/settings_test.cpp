@@ -1,5 +1,5 @@
 // The numbers that the rest of the program, and the logs of the field, count on.
-#include "core/settings.h"
+#include "state/settings.h"
 
 #include "fakes/fixture.h"
 
