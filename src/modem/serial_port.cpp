@@ -5,6 +5,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <cstddef>
 #include <cstring>
 #include <string>
 
@@ -15,6 +16,25 @@ namespace {
 
 constexpr int kShownAttempts = 5;  // shown in the log; the main loop does the counting
 constexpr unsigned kSpeedByte = 0xff;
+
+// The short form of the terminal settings that TCGETA fills and TCSETA takes. Declared here as the
+// kernel lays it out, because not every C library that names the requests declares it.
+#if defined(__powerpc__)
+constexpr std::size_t kControlCharacters = 10;
+#else
+constexpr std::size_t kControlCharacters = 8;
+#endif
+struct LineSettings {
+    unsigned short input;
+    unsigned short output;
+    unsigned short control;
+    unsigned short local;
+    unsigned char discipline;
+    unsigned char characters[kControlCharacters];
+};
+static_assert(offsetof(LineSettings, characters) == 9, "no padding in front of the characters");
+static_assert(VMIN < kControlCharacters && VTIME < kControlCharacters,
+              "both are in the short form");
 
 // A path of 80 characters fills the buffer without a terminating zero.
 std::string PortPath() {
@@ -29,22 +49,28 @@ unsigned SpeedCode() {
     return B115200;
 }
 
-void MakeRaw(termio& line) {
-    unsigned input = line.c_iflag;
+void MakeRaw(LineSettings& line) {
+    unsigned input = line.input;
     input &= ~static_cast<unsigned>(BRKINT | IGNPAR | PARMRK | INPCK | ISTRIP | INLCR | IGNCR |
                                     ICRNL | IXON | IXOFF | IXANY | IUCLC);
-    line.c_iflag = static_cast<unsigned short>(input | IGNBRK);
-    line.c_oflag = static_cast<unsigned short>(line.c_oflag & ~static_cast<unsigned>(OPOST));
-    line.c_lflag = static_cast<unsigned short>(
-        line.c_lflag & ~static_cast<unsigned>(ICANON | ECHO | ECHOE | ISIG));
-    line.c_cc[VMIN] = 0;
-    line.c_cc[VTIME] = 0;
+    line.input = static_cast<unsigned short>(input | IGNBRK);
+    line.output = static_cast<unsigned short>(line.output & ~static_cast<unsigned>(OPOST));
+    line.local = static_cast<unsigned short>(line.local &
+                                             ~static_cast<unsigned>(ICANON | ECHO | ECHOE | ISIG));
+    line.characters[VMIN] = 0;
+    line.characters[VTIME] = 0;
 
     // The low byte holds speed, size, stop bits and CREAD; the high byte is kept as it was read.
-    unsigned control = (line.c_cflag & ~kSpeedByte) | SpeedCode();
+    unsigned control = (line.control & ~kSpeedByte) | SpeedCode();
     control |= CLOCAL | CREAD | CS8;
     control &= ~static_cast<unsigned>(PARENB | CSTOPB);
-    line.c_cflag = static_cast<unsigned short>(control);
+    line.control = static_cast<unsigned short>(control);
+}
+
+// A request is an int in one C library, an unsigned long in the next.
+template <typename Request>
+void AskLine(int (*control)(int, Request, ...), unsigned request, LineSettings& line) {
+    control(g_i_PortFd, static_cast<Request>(request), &line);
 }
 
 }  // namespace
@@ -59,10 +85,10 @@ int OpenPort() {
         ClosePort();
         return 0;
     }
-    termio line = {};
-    ioctl(g_i_PortFd, TCGETA, &line);
+    LineSettings line = {};
+    AskLine(ioctl, TCGETA, line);
     MakeRaw(line);
-    ioctl(g_i_PortFd, TCSETA, &line);
+    AskLine(ioctl, TCSETA, line);
     g_i_PortOpenFailures = 0;
     return 1;
 }

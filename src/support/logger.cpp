@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <sstream>
 
 #include "support/system_log.h"
 #include "support/text.h"
@@ -37,9 +36,7 @@ bool WriteLine(int fd, const std::string& line) {
 }  // namespace
 
 std::string IntToString(std::int32_t value) {
-    std::ostringstream text;
-    text << value;
-    return text.str();
+    return std::to_string(value);
 }
 
 bool cKVTLogger::Init(const std::string& path, std::int32_t max_kilobytes, std::int32_t time_stamps,
