@@ -30,13 +30,13 @@ TEST_F(Spool, CostsPerFile) {
                            std::chrono::system_clock::now().time_since_epoch())
                            .count();
 
-        std::vector<std::string> names;
+        int names = 0;
         const auto begin = Clock::now();
-        ASSERT_EQ(ReadSmsDirectory(folder, names), 0);
+        ASSERT_EQ(ReadSmsDirectory(folder, [&](const std::string&) { return ++names > 0; }), 0);
         const auto listed = Clock::now();
         DeleteOldSmSFiles(folder);
         const auto aged = Clock::now();
-        ASSERT_EQ(names.size(), static_cast<std::size_t>(files));
+        ASSERT_EQ(names, files);
         std::printf("%7d files: listing %8.0f ns a file, listing and ageing %8.0f ns a file\n",
                     files, Nanoseconds(listed - begin, files), Nanoseconds(aged - listed, files));
     }

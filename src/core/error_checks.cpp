@@ -5,10 +5,12 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <string>
 
 #include "modem/reset_device.h"
 #include "state/published.h"
 #include "state/settings.h"
+#include "support/file_reader.h"
 #include "support/info_table.h"
 #include "support/system_log.h"
 #include "support/text.h"
@@ -19,11 +21,10 @@ constexpr int kResetModulus = 8;
 
 // Whole seconds. An uptime that cannot be read counts as long enough.
 int ReadUptime() {
+    std::string text;
     double uptime = 0;
-    double idle = 0;
-    if (std::FILE* file = std::fopen(published::kUptimeFile, "r")) {
-        if (std::fscanf(file, "%lf %lf\n", &uptime, &idle) < 1) uptime = 0;
-        std::fclose(file);
+    if (ReadTextFile(published::kUptimeFile, LastCharacter::kAsItIs, text)) {
+        if (std::sscanf(text.c_str(), "%lf", &uptime) < 1) uptime = 0;
     } else {
         Log("Unable to open /proc/uptime");
         uptime = g_i_UptimeCutoff + 1;
@@ -43,8 +44,8 @@ int ReadPppErrorCount(int& last_seen) {
 
 // Never through a link: anybody may have put one there.
 void CreateMarker() {
-    const int fd =
-        open(published::kResettingMarker, O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK, 0644);
+    const int fd = open(published::kResettingMarker,
+                        O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0644);
     if (fd >= 0) close(fd);
 }
 

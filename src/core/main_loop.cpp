@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <vector>
 
 #include "connection/apn_provisioning.h"
 #include "connection/dhcp_client.h"
@@ -45,8 +44,10 @@ struct LoopState {
     int reopen_retries = 0;  // never reset
     int last_seen_errors = 0;
     cCountdownTimer status_timer{0, kStatusPeriod};
-    std::vector<char> read_buffer = std::vector<char>(kReadSize + 1);
 };
+
+// The answer to the signal query. Static: only the pages that an answer fills become memory.
+char g_signal_block[kReadSize + 1];
 
 [[noreturn]] void ResetAndExit() {
     ResetDevice();
@@ -103,10 +104,10 @@ void RunTimedWork() {
 }
 
 // Number of bytes that the modem answered to the signal query; 0 or less for none.
-int PollSignal(std::vector<char>& buffer) {
+int PollSignal() {
     SendCommandType(g_i_UseCind1 != 0 ? kSendIndicatorQuery : kSendSignalQuery);
     usleep(kSignalAnswerPause);
-    return ReadPort(buffer.data(), kReadSize);
+    return ReadPort(g_signal_block, kReadSize);
 }
 
 void TakeSignalAnswer(char* block, int length) {
@@ -148,13 +149,13 @@ void RunOnePass(LoopState& state) {
     QueryStatus();
     RunTimedWork();
 
-    const int length = PollSignal(state.read_buffer);
+    const int length = PollSignal();
     if (length <= 0) {
         LogDebug("read 0 bytes from port");
         sleep(kSilencePause);
         return;
     }
-    TakeSignalAnswer(state.read_buffer.data(), length);
+    TakeSignalAnswer(g_signal_block, length);
     PublishStatus(state.status_timer);
     KeepClock();
     checkLteStatus();

@@ -1,8 +1,13 @@
+// The pid file tells who runs; a lock on it, held until the process ends, decides between two that
+// were started in the same instant.
+
 #include "core/single_instance.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 
 #include "support/file_reader.h"
@@ -15,6 +20,25 @@ constexpr std::size_t kLongestCommandLine = 255;
 
 bool Exists(const std::string& path) {
     return access(path.c_str(), F_OK) == 0;
+}
+
+[[noreturn]] void GiveWay(const std::string& program_name) {
+    Log("Another %s process is already running, exiting", program_name.c_str());
+    std::exit(-1);
+}
+
+// False when another process holds the lock. The descriptor stays open on purpose; a file that
+// cannot be opened, or a file system without locks, keeps nobody from running.
+bool LockPidFile(const std::string& pid_file) {
+    const int fd =
+        open(pid_file.c_str(), O_WRONLY | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0666);
+    return fd < 0 || flock(fd, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+}
+
+// The own id is no other copy: in a container, or on a router that starts in the same order every
+// time, the id that a crash left behind comes round again.
+bool IsAnotherCopy(int pid, const std::string& program_name) {
+    return pid != static_cast<int>(getpid()) && IsRunningCopy(pid, program_name);
 }
 
 void WritePidFile(const std::string& pid_file) {
@@ -47,9 +71,9 @@ bool IsRunningCopy(int pid, const std::string& program_name) {
 }
 
 void EnforceSingleInstance(const std::string& pid_file, const std::string& program_name) {
-    if (Exists(pid_file) && IsRunningCopy(ReadStoredPid(pid_file), program_name)) {
-        Log("Another %s process is already running, exiting", program_name.c_str());
-        std::exit(-1);
+    if (Exists(pid_file) && IsAnotherCopy(ReadStoredPid(pid_file), program_name)) {
+        GiveWay(program_name);
     }
+    if (!LockPidFile(pid_file)) GiveWay(program_name);
     WritePidFile(pid_file);
 }

@@ -6,7 +6,6 @@
 #include <cstring>
 #include <deque>
 #include <string>
-#include <vector>
 
 #include "connection/wwan_interface.h"
 #include "core/command_line.h"
@@ -90,15 +89,14 @@ void PrepareDataConnection() {
 
 // Each answer is thrown away: this only brings the modem into a known state.
 void SendFirstCommands() {
-    std::vector<char> discarded(kReadSize + 1);
     SendCommandType(kSendAt);
-    ReadPort(discarded.data(), kReadSize);
+    DiscardWaiting();
     if (IsLteCard()) {
         SendAtCommand("ATE0", 0);
-        ReadPort(discarded.data(), kReadSize);
+        DiscardWaiting();
     }
     SendAtCommand("AT+CREG=2", 1);
-    ReadPort(discarded.data(), kReadSize);
+    DiscardWaiting();
 }
 
 void LogHeaderLine() {

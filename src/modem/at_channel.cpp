@@ -1,12 +1,17 @@
+// Transactions on the port, paced by sleeps, and the classification of what the main loop reads.
+//
+// The buffers are as large as a read may be, static, and only as much of them is touched as the
+// modem says: the pages behind it never become the daemon's memory.
+
 #include "modem/at_channel.h"
 
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <vector>
 
 #include "state/settings.h"
 #include "support/string_tokenizer.h"
@@ -18,6 +23,10 @@ namespace {
 constexpr useconds_t kTerminatorPause = 20000;  // microseconds before and between CR and LF
 constexpr useconds_t kAnswerPause = 50000;      // microseconds between two reads of an answer
 constexpr unsigned kCannedCommandPause = 1;     // seconds
+
+// What a driver has taken only a piece of is finished within a second, or counts as failed.
+constexpr useconds_t kWritePause = 20000;  // microseconds
+constexpr int kMostWrites = 50;
 
 // A modem that talks without end must not hold the one thread for ever, nor fill the memory.
 // The longest honest answer, the operator list, is a fourth of this.
@@ -57,10 +66,35 @@ const char* CannedCommand(int type) {
     }
 }
 
+// Where the transactions read; each has used it up before the next one begins.
+char g_transaction_buffer[kReadSize + 1];
+
+// Writes the rest of what the driver has begun to take. A message body that lost its Ctrl-Z would
+// leave the modem at its prompt, where it eats the next commands.
+bool FinishWrite(const char* data, std::size_t size) {
+    for (int tries = 0; size > 0; ++tries) {
+        if (tries == kMostWrites) return false;
+        usleep(kWritePause);
+        const ssize_t count = write(g_i_PortFd, data, size);
+        if (count < 0 && errno != EAGAIN && errno != EINTR) return false;
+        if (count <= 0) continue;
+        data += count;
+        size -= static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+// A port that takes nothing at all fails at once: it is asked again with the next command.
+bool WritePort(const char* data, std::size_t size) {
+    const ssize_t count = write(g_i_PortFd, data, size);
+    if (count < 0) return false;
+    const auto done = static_cast<std::size_t>(count);
+    return FinishWrite(data + done, size - done);
+}
+
 // The result is of no use: the command before it has already shown whether the port takes writes.
 void WriteByte(const char& byte) {
-    const ssize_t ignored = write(g_i_PortFd, &byte, 1);
-    static_cast<void>(ignored);
+    static_cast<void>(WritePort(&byte, 1));
 }
 
 char* CutAtLineEnd(char* line) {
@@ -72,7 +106,7 @@ char* CutAtLineEnd(char* line) {
 }  // namespace
 
 int ReadPort(char* buffer, int size) {
-    std::memset(buffer, 0, static_cast<std::size_t>(size));
+    buffer[0] = '\0';
     int waiting = 0;
     if (ioctl(g_i_PortFd, FIONREAD, &waiting) < 0) {
         LogAbove(1, "No Response from device");
@@ -80,6 +114,7 @@ int ReadPort(char* buffer, int size) {
     }
     if (waiting == 0) return 0;
     const auto count = static_cast<int>(read(g_i_PortFd, buffer, static_cast<std::size_t>(size)));
+    if (count > 0) buffer[count] = '\0';
     DumpRead(buffer, count);
     return count;
 }
@@ -90,7 +125,7 @@ void SendCommandType(int type) {
     LogDebug("Sending command: %s", command);
 
     // All 80 bytes, zeros included: deliberate, the modems in the field are used to them.
-    if (write(g_i_PortFd, command, sizeof(command)) < 0) {
+    if (!WritePort(command, sizeof(command))) {
         LogDebug("Unable to write command type %d", type);
         ++g_i_PortErrorCounter;
         return;
@@ -104,9 +139,8 @@ void SendCommandType(int type) {
 }
 
 std::string ReadUnsolicited() {
-    std::vector<char> buffer(kReadSize + 1);
-    if (ReadPort(buffer.data(), kReadSize) <= 0) return "";
-    std::string text = buffer.data();
+    if (ReadPort(g_transaction_buffer, kReadSize) <= 0) return "";
+    std::string text = g_transaction_buffer;
     if (IsDebug()) {
         for (const std::string& piece : cStringTokenizer(text, '\n')) {
             if (piece.size() > 3) Log("Unsolicited message: %s", piece.c_str());
@@ -115,11 +149,14 @@ std::string ReadUnsolicited() {
     return text;
 }
 
+void DiscardWaiting() {
+    ReadPort(g_transaction_buffer, kReadSize);
+}
+
 std::string SendAtCommand(const std::string& command, unsigned wait_seconds) {
-    static char buffer[kReadSize + 1];
     std::string result = ReadUnsolicited();
     LogDebug("Sending command: %s", command.c_str());
-    if (write(g_i_PortFd, command.data(), command.size()) < 0) {
+    if (!WritePort(command.data(), command.size())) {
         LogDebug("Unable to write to file handle");
         ++g_i_PortErrorCounter;
         return result;
@@ -133,9 +170,9 @@ std::string SendAtCommand(const std::string& command, unsigned wait_seconds) {
 
     std::size_t received = 0;  // more than is kept when the modem sends zero bytes
     for (int reads = 0; reads < kMostReads && received <= kLongestAnswer; ++reads) {
-        const int count = ReadPort(buffer, kReadSize);
+        const int count = ReadPort(g_transaction_buffer, kReadSize);
         if (count <= 0) break;
-        result += buffer;
+        result += g_transaction_buffer;
         LogDebug("read %d bytes from port", count);
         received += static_cast<std::size_t>(count);
         usleep(kAnswerPause);
@@ -156,8 +193,9 @@ int IdentifyMessage(const char* block, int length, char** line) {
     // The room behind a full block is for the CIND converter, which rewrites the line in place and
     // may need more characters than were left of it.
     static char copy[kReadSize + 64];
-    std::memset(copy, 0, sizeof(copy));
-    std::memcpy(copy, block, static_cast<std::size_t>(std::clamp(length, 0, kReadSize)));
+    const auto size = static_cast<std::size_t>(std::clamp(length, 0, kReadSize));
+    std::memcpy(copy, block, size);
+    copy[size] = '\0';
 
     if (char* signal = std::strstr(copy, "+CSQ:")) {
         *line = CutAtLineEnd(signal);

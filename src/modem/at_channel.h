@@ -25,8 +25,9 @@ enum ResponseKind : int {
     kIndicatorLine = 3,  // a "+CIND:" line and no "+CSQ:"
 };
 
-// Zeroes `size` bytes of the buffer, then reads what is waiting, at most `size` bytes. Returns the
-// number of bytes, 0 when nothing waits or the driver does not say, negative when the read fails.
+// Reads what is waiting, at most `size` bytes, into a buffer with room for one more; a zero byte
+// follows what was read. Returns the number of bytes, 0 when nothing waits or the driver does not
+// say, negative when the read fails.
 int ReadPort(char* buffer, int size);
 
 // Writes a canned command and waits a second; reads nothing.
@@ -38,6 +39,9 @@ std::string SendAtCommand(const std::string& command, unsigned wait_seconds);
 
 // What was waiting on the port; at a non-zero debug level logged line by line.
 std::string ReadUnsolicited();
+
+// Reads once what is waiting, and throws it away.
+void DiscardWaiting();
 
 // Replaces what is no printable text by blanks, in place; CR and LF stay.
 void MassageBlock(char* block, int length);

@@ -21,6 +21,8 @@ constexpr unsigned kSpeedByte = 0xff;
 // kernel lays it out, because not every C library that names the requests declares it.
 #if defined(__powerpc__)
 constexpr std::size_t kControlCharacters = 10;
+#elif defined(__mips__)
+constexpr std::size_t kControlCharacters = 23;  // as many as the long form has there
 #else
 constexpr std::size_t kControlCharacters = 8;
 #endif
@@ -77,7 +79,7 @@ void AskLine(int (*control)(int, Request, ...), unsigned request, LineSettings& 
 
 int OpenPort() {
     const std::string path = PortPath();
-    g_i_PortFd = open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK);
+    g_i_PortFd = open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (g_i_PortFd < 0) {
         ++g_i_PortOpenFailures;
         Log("Unable to open port %s, attempt %d/%d", path.c_str(), g_i_PortOpenFailures,

@@ -3,7 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <vector>
+#include <string>
 
 #include "modem/at_channel.h"
 #include "modem/response_fields.h"
@@ -118,9 +118,13 @@ void CheckSendSmS() {
         return;
     }
     MakeSendDirectories();
-    std::vector<std::string> names;
-    if (ReadSmsDirectory(kSmsSendDirectory, names) != 0) return;
-    if (g_b_SmsCmgfSupported && !names.empty()) SendFile(names.front());
+    std::string first;
+    const int error = ReadSmsDirectory(kSmsSendDirectory, [&](const std::string& name) {
+        first = name;
+        return false;
+    });
+    if (error != 0) return;
+    if (g_b_SmsCmgfSupported && !first.empty()) SendFile(first);
     DeleteOldSendSmSFiles();
 }
 

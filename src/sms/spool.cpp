@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 
 #include "state/settings.h"
 #include "state/timers.h"
@@ -20,8 +21,8 @@ namespace sms_label = published::sms_label;
 
 namespace {
 
-constexpr long kMostSeconds = 86400;  // a file's life in the spool
-constexpr int kMostMinutes = 1440;    // the same, as the log shows it
+constexpr std::int64_t kMostSeconds = 86400;  // a file's life in the spool
+constexpr int kMostMinutes = 1440;            // the same, as the log shows it
 
 void LogInvalid(const std::string& path, const char* field) {
     Log("SMS send file %s is invalid, does not contain a '%s' field.", path.c_str(), field);
@@ -39,17 +40,28 @@ bool CleanupMustWait() {
     return g_Cp_SmsCleanupTimer->IsCounting() && g_i_DebugLevel == 0;
 }
 
-long NowInSeconds() {
+std::int64_t NowInSeconds() {
     timeval now = {};
     gettimeofday(&now, nullptr);
     return now.tv_sec;
 }
 
 // A file whose status cannot be read, a dangling link for one, counts as changed in 1970.
-long SecondsSinceChange(const std::string& path, long now) {
+std::int64_t SecondsSinceChange(const std::string& path, std::int64_t now) {
     struct stat status = {};
     if (stat(path.c_str(), &status) != 0) return now;
     return now - status.st_ctime;
+}
+
+// Deletes the file when it has not changed its status for more than a day.
+void DeleteIfOld(const std::string& directory, const std::string& name, std::int64_t now) {
+    const std::string path = directory + name;
+    const std::int64_t age = SecondsSinceChange(path, now);
+    LogAbove(0, "DEBUG: %s(): Checking age of SMS file %s, %d/%d seconds", "DeleteOldSmSFiles",
+             name.c_str(), static_cast<int>(age), static_cast<int>(kMostSeconds));
+    if (age <= kMostSeconds) return;
+    Log("Deleting SMS file '%s', older than %d minutes.", path.c_str(), kMostMinutes);
+    DeleteSpoolFile(directory, name);
 }
 
 }  // namespace
@@ -79,7 +91,7 @@ void DeleteSpoolFile(const std::string& directory, const std::string& name) {
     if (IsSafeSpoolPath(directory)) unlink((directory + name).c_str());
 }
 
-int ReadSmsDirectory(const std::string& directory, std::vector<std::string>& names) {
+int ReadSmsDirectory(const std::string& directory, const NameVisitor& visit) {
     const bool safe = IsSafeSpoolPath(directory);
     DIR* stream = safe ? opendir(directory.c_str()) : nullptr;
     if (stream == nullptr) {
@@ -90,7 +102,7 @@ int ReadSmsDirectory(const std::string& directory, std::vector<std::string>& nam
     }
     while (const dirent* entry = readdir(stream)) {
         const std::string name = entry->d_name;
-        if (name != "." && name != "..") names.push_back(name);
+        if (name != "." && name != ".." && !visit(name)) break;
     }
     closedir(stream);
     return 0;
@@ -102,7 +114,7 @@ bool ReadSmsSendFile(const std::string& path, std::string& to, std::string& mess
         Log("Cannot open SMS file %s", path.c_str());
         return false;
     }
-    const cInfoTable table(path, '=');
+    const cInfoTable table = cInfoTable::FromText(text, '=');
     if (table.HasLabel(sms_label::kTo)) {
         to = table.GetValue(sms_label::kTo);
         CleanWhiteSpace(to);
@@ -123,22 +135,14 @@ bool ReadSmsSendFile(const std::string& path, std::string& to, std::string& mess
 void DeleteOldSmSFiles(const std::string& directory) {
     LogAbove(0, "DEBUG: %s(%s): running", __func__, directory.c_str());
     MakeSpoolDirectories({directory});
-    std::vector<std::string> names;
-    const int error = ReadSmsDirectory(directory, names);
+    const std::int64_t now = NowInSeconds();
+    const int error = ReadSmsDirectory(directory, [&](const std::string& name) {
+        DeleteIfOld(directory, name, now);
+        return true;
+    });
     if (error != 0) {
         LogAbove(0, "DEBUG: %s():  Cannot read dir %s, errno %d", __func__, directory.c_str(),
                  error);
-        return;
-    }
-    const long now = NowInSeconds();
-    for (const std::string& name : names) {
-        const std::string path = directory + name;
-        const long age = SecondsSinceChange(path, now);
-        LogAbove(0, "DEBUG: %s(): Checking age of SMS file %s, %d/%d seconds", __func__,
-                 name.c_str(), static_cast<int>(age), static_cast<int>(kMostSeconds));
-        if (age <= kMostSeconds) continue;
-        Log("Deleting SMS file '%s', older than %d minutes.", path.c_str(), kMostMinutes);
-        DeleteSpoolFile(directory, name);
     }
 }
 

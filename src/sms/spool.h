@@ -5,6 +5,7 @@
 // refused, and counts as one that cannot be listed.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -25,9 +26,13 @@ void MakeSpoolDirectories(const std::vector<std::string>& directories);
 // listed. A failure, as with a subdirectory, goes unnoticed.
 void DeleteSpoolFile(const std::string& directory, const std::string& name);
 
-// Appends every entry but "." and "..", of whatever type, in the order the system returns them.
-// Returns 0, or the errno of the directory that cannot be opened.
-int ReadSmsDirectory(const std::string& directory, std::vector<std::string>& names);
+// Takes a name; false ends the listing.
+using NameVisitor = std::function<bool(const std::string& name)>;
+
+// Hands every entry but "." and ".." to `visit`, of whatever type, in the order the system returns
+// them. One name at a time, so that a spool of a hundred thousand files costs no memory; the entry
+// that is visited may be deleted. Returns 0, or the errno of the directory that cannot be opened.
+int ReadSmsDirectory(const std::string& directory, const NameVisitor& visit);
 
 // Fills number and message from a send file: the TO entry without white space, and all that stands
 // behind the first "MSG=", with its last character doubled. True when there is a "MSG="; a missing

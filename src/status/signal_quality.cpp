@@ -85,10 +85,11 @@ void UpdateLightbar(const char* line) {
     ParseCsq(line);
     LogAbove(1, "UpdateLightbar: %s into /var/log/lightbar", line);
 
-    // What the modem says never reaches a shell, so the line is written here and not by an echo.
+    // What the modem says never reaches a shell, so the line is written here and not by an echo; in
+    // place, as the signal display keeps the file open.
     cTextFileWriter lightbar(published::kLightbarFile);
     lightbar.AddLine(line);
-    lightbar.ReplaceFile();
+    lightbar.WriteFile();
 
     cTextFileWriter ecio(published::kLightbarEcioFile);
     ecio.InsertLine(g_S_Globalstats.ecio, 0);

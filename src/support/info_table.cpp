@@ -30,6 +30,14 @@ cInfoTable::cInfoTable(const std::string& file_name, const std::string& separato
     Load();
 }
 
+cInfoTable cInfoTable::FromText(const std::string& text, char separator) {
+    cInfoTable table;
+    table.separator_ = separator;
+    table.contents_ = text;
+    table.Parse();
+    return table;
+}
+
 bool cInfoTable::Load() {
     clear();
     if (!ReadTextFile(file_name_, LastCharacter::kDoubled, contents_)) return false;

@@ -19,6 +19,9 @@ class cInfoTable : public std::vector<cStringTokenizer> {
     cInfoTable(const std::string& file_name, char separator);
     cInfoTable(const std::string& file_name, const std::string& separator);
 
+    // A table over the text of a file that has been read already.
+    static cInfoTable FromText(const std::string& text, char separator);
+
     // False when the file cannot be opened; the table is then empty.
     bool Load();
     // Parses the held contents again, or loads the file when nothing is held.

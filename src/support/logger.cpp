@@ -78,7 +78,8 @@ void cKVTLogger::SetFoldRepeats(std::uint8_t flag) {
 
 bool cKVTLogger::OpenLogFile() {
     if (fd_ != -1) CloseLogFile();
-    fd_ = open(path_.c_str(), O_RDWR | O_CREAT | O_APPEND | O_NOCTTY | O_NONBLOCK, 0644);
+    fd_ =
+        open(path_.c_str(), O_RDWR | O_CREAT | O_APPEND | O_NOCTTY | O_NONBLOCK | O_CLOEXEC, 0644);
     if (fd_ == -1) {
         const int error = errno;
         if (debug_level_ > 1) {

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <numeric>
 
 namespace {
@@ -69,15 +68,4 @@ bool cTextFileWriter::WriteFile() const {
     WriteAll(fd, Text());  // A full file system is nobody's news here: the next write tries again.
     close(fd);
     return true;
-}
-
-bool cTextFileWriter::ReplaceFile() const {
-    const std::string new_name = file_name_ + ".new";
-    const int fd = OpenForReplacing(new_name);
-    if (fd < 0) return false;
-    const bool written = WriteAll(fd, Text());
-    close(fd);
-    if (written && std::rename(new_name.c_str(), file_name_.c_str()) == 0) return true;
-    unlink(new_name.c_str());
-    return false;
 }

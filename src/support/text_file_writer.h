@@ -19,12 +19,9 @@ class cTextFileWriter : public std::vector<std::string> {
     void InsertLine(const std::string& line, size_type index);
 
     // Truncates the file, or creates it with mode 0666 less the umask, and writes the lines in a
-    // single write, so that a reader sees the old text, nothing yet, or the new text. False when
-    // the file cannot be opened.
+    // single write, so that a reader sees the old text, nothing yet, or the new text; a reader that
+    // keeps the file open goes on seeing what is written. False when the file cannot be opened.
     bool WriteFile() const;
-    // Writes a new file beside it (".new") and renames it over the old one, so that a reader sees
-    // the old text or the new text. False when that fails; the old file is then untouched.
-    bool ReplaceFile() const;
 
   private:
     std::string Text() const;

@@ -1,10 +1,13 @@
 // One copy at a time: what the pid file says, and who is believed to be running.
 #include "core/single_instance.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
 #include <string>
 
@@ -95,12 +98,20 @@ TEST_F(SingleInstance, OverwritesAStalePidFile) {
     for (const std::string& stale : {std::to_string(DeadPid()), std::string("1234567890 rubbish"),
                                      std::string("0"), std::string()}) {
         SCOPED_TRACE(stale);
+        std::filesystem::remove(pid_file_);  // the lock on it lasts as long as the process
         WriteTemp("modemd.pid", stale);
         world.log.clear();
         EnforceSingleInstance(pid_file_, OwnName());
         EXPECT_EQ(ReadAll(pid_file_), own_pid_);
         EXPECT_EQ(world.log, (std::vector<std::string>{written_}));
     }
+}
+
+// A container gives out the same few ids at every start.
+TEST_F(SingleInstance, TheOwnIdIsNoOtherCopy) {
+    WriteTemp("modemd.pid", own_pid_);
+    EnforceSingleInstance(pid_file_, OwnName());
+    EXPECT_EQ(world.log, (std::vector<std::string>{written_}));
 }
 
 TEST_F(SingleInstance, OverwritesThePidFileOfAnotherProgram) {
@@ -133,6 +144,51 @@ TEST_F(SingleInstanceDeathTest, ARunningCopyEndsThisOneWithMinusOne) {
         testing::ExitedWithCode(255),
         "^Another " + OwnName() + " process is already running, exiting\n$");
     EXPECT_EQ(ReadAll(pid_file_), own_pid_);
+}
+
+// The other one was started in the same instant: it holds the lock and has not written its id yet.
+TEST_F(SingleInstanceDeathTest, TheLockDecidesWhileTheFileIsStillEmpty) {
+    const std::string path = WriteTemp("modemd.pid", "");
+    const int other = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    ASSERT_EQ(flock(other, LOCK_EX | LOCK_NB), 0);
+    EXPECT_EXIT(EnforceSingleInstance(pid_file_, OwnName()), testing::ExitedWithCode(255), "");
+    EXPECT_EQ(ReadAll(pid_file_), "") << "the other one's file was touched";
+    close(other);
+}
+
+// Of many that start at once, exactly one goes on.
+TEST_F(SingleInstance, OfManyStartedAtOnceOneSurvives) {
+    constexpr int kCopies = 20;
+    int gate[2] = {-1, -1};
+    ASSERT_EQ(pipe(gate), 0);
+    std::vector<pid_t> copies;
+    for (int i = 0; i < kCopies; ++i) {
+        const pid_t child = fork();
+        if (child == 0) {
+            char byte = 0;
+            close(gate[1]);
+            if (read(gate[0], &byte, 1) != 0) _exit(2);  // returns when the gate is closed
+            EnforceSingleInstance(pid_file_, OwnName());
+            kill(getpid(), SIGSTOP);  // the survivor keeps its lock until all have tried
+            _exit(0);
+        }
+        copies.push_back(child);
+    }
+    close(gate[0]);
+    close(gate[1]);
+    int survivors = 0;
+    int gave_way = 0;
+    for (const pid_t copy : copies) {
+        int status = 0;
+        ASSERT_EQ(waitpid(copy, &status, WUNTRACED), copy);
+        survivors += WIFSTOPPED(status) ? 1 : 0;
+        gave_way += WIFEXITED(status) && WEXITSTATUS(status) == 255 ? 1 : 0;
+    }
+    for (const pid_t copy : copies) kill(copy, SIGKILL);
+    while (waitpid(-1, nullptr, 0) > 0) {
+    }
+    EXPECT_EQ(survivors, 1);
+    EXPECT_EQ(gave_way, kCopies - 1);
 }
 
 }  // namespace

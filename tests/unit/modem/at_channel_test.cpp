@@ -1,9 +1,11 @@
 // The AT dialogue: what is written, how long is waited, what is read, and what is said about it.
 #include "modem/at_channel.h"
 
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <string>
 #include <vector>
 
@@ -23,7 +25,7 @@ std::string Padded(std::string command) {
 class AtChannel : public fake::DaemonTest {
   protected:
     std::string Read(int size = kReadSize) {
-        std::string buffer(static_cast<size_t>(size), 'x');
+        std::string buffer(static_cast<size_t>(size) + 1, 'x');
         const int count = ReadPort(buffer.data(), size);
         return buffer.substr(0, static_cast<size_t>(std::max(count, 0)));
     }
@@ -55,17 +57,18 @@ class AtChannel : public fake::DaemonTest {
 TEST_F(AtChannel, ReadGivesNothingWhenNothingWaits) {
     char buffer[4] = {'x', 'x', 'x', 'x'};
     EXPECT_EQ(ReadPort(buffer, 3), 0);
-    EXPECT_EQ(std::string(buffer, 4), std::string("\0\0\0x", 4));
+    EXPECT_STREQ(buffer, "");
+    EXPECT_EQ(buffer[3], 'x');
     EXPECT_TRUE(world.log.empty());
 }
 
-TEST_F(AtChannel, ReadHonoursItsSizeAndZeroesTheRest) {
+TEST_F(AtChannel, ReadHonoursItsSizeAndEndsTheTextWithAZeroByte) {
     world.Waiting("abcdef");
     char buffer[6] = {'x', 'x', 'x', 'x', 'x', 'x'};
     EXPECT_EQ(ReadPort(buffer, 4), 4);
-    EXPECT_EQ(std::string(buffer, 6), "abcdxx");
+    EXPECT_EQ(std::string(buffer, 6), std::string("abcd\0x", 6));
     EXPECT_EQ(ReadPort(buffer, 4), 2);
-    EXPECT_EQ(std::string(buffer, 6), std::string("ef\0\0xx", 6));
+    EXPECT_STREQ(buffer, "ef");
 }
 
 TEST_F(AtChannel, ADriverThatDoesNotSayWhatWaitsCountsAsSilent) {
@@ -140,6 +143,45 @@ TEST_F(AtChannel, ACannedCommandTakesItsSecondAndReadsNothing) {
     EXPECT_EQ(world.slept_us, 20000 + 20000 + 1000000);
     EXPECT_EQ(g_i_PortErrorCounter, 0);
     EXPECT_EQ(Read(), "OK\r\n");
+}
+
+// A message body that loses its Ctrl-Z leaves the modem at its prompt.
+TEST_F(AtChannel, WhatTheDriverTakesInPiecesIsFinished) {
+    const int room = 4096;
+    ASSERT_EQ(setsockopt(g_i_PortFd, SOL_SOCKET, SO_SNDBUF, &room, sizeof(room)), 0);
+    const std::string body(60000, 'b');
+    SendAtCommand(body + '\x1a', 0);
+    ASSERT_GT(world.heard.size(), 2u) << "the driver took it in one piece";
+    std::string heard;
+    for (const std::string& piece : world.heard) heard += piece;
+    EXPECT_EQ(heard, body + "\x1a\r\n");
+    EXPECT_EQ(g_i_PortErrorCounter, 0);
+}
+
+TEST_F(AtChannel, AWriteThatIsNeverFinishedCountsAsFailedWithinTwoSeconds) {
+    int ends[2] = {-1, -1};
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends), 0);
+    close(g_i_PortFd);
+    g_i_PortFd = ends[0];
+    g_i_DebugLevel = 1;
+    g_i_PortErrorCounter = 3;
+    SendAtCommand(std::string(10000000, 'b'), 7);
+    EXPECT_TRUE(world.Logged("Unable to write to file handle"));
+    EXPECT_EQ(g_i_PortErrorCounter, 4);
+    EXPECT_GE(world.slept_us, 1000000);
+    EXPECT_LT(world.slept_us, 2000000) << "no waiting for an answer";
+    close(ends[1]);
+}
+
+// It is asked again with the next command; only what was begun is finished.
+TEST_F(AtChannel, APortThatTakesNothingFailsAtOnce) {
+    std::string full(1 << 20, 'f');
+    while (write(g_i_PortFd, full.data(), full.size()) > 0) {
+    }
+    ASSERT_EQ(errno, EAGAIN);
+    SendAtCommand("AT", 0);
+    EXPECT_EQ(g_i_PortErrorCounter, 1);
+    EXPECT_EQ(world.slept_us, 0);
 }
 
 TEST_F(AtChannel, ACannedCommandIsLoggedAtANonZeroLevel) {

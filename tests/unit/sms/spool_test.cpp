@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
+#include <set>
 
 #include "sms/spool_fixture.h"
 #include "state/settings.h"
@@ -183,16 +184,25 @@ TEST_F(SendFile, ThatIsASocketOrADanglingLinkCannotBeOpened) {
     close(fd);
 }
 
-using Listing = SpoolTest;
+class Listing : public SpoolTest {
+  protected:
+    // Appends every name; returns what the listing returns.
+    static int ReadAllNames(const std::string& directory, Lines& names) {
+        return ReadSmsDirectory(directory, [&](const std::string& name) {
+            names.push_back(name);
+            return true;
+        });
+    }
+};
 
-TEST_F(Listing, AppendsEveryEntryOfWhateverTypeButTheTwoDots) {
+TEST_F(Listing, VisitsEveryEntryOfWhateverTypeButTheTwoDots) {
     PutToSend("b", "");
     PutToSend(".hidden", "");
     PutToSend("...", "");
     std::filesystem::create_directory(Real("/tmp/sms/send/directory"));
     Link("nowhere", "/tmp/sms/send/link");
     Lines names = {"kept"};
-    EXPECT_EQ(ReadSmsDirectory(kSmsSendDirectory, names), 0);
+    EXPECT_EQ(ReadAllNames(kSmsSendDirectory, names), 0);
     Lines expected = Names(kSmsSendDirectory);  // the system's own order
     EXPECT_EQ(expected.size(), 5u);
     expected.insert(expected.begin(), "kept");
@@ -200,9 +210,37 @@ TEST_F(Listing, AppendsEveryEntryOfWhateverTypeButTheTwoDots) {
     EXPECT_EQ(world.log, Lines{});
 }
 
+TEST_F(Listing, EndsWhereTheVisitorHasEnough) {
+    PutToSend("a", "");
+    PutToSend("b", "");
+    Lines visited;
+    EXPECT_EQ(ReadSmsDirectory(kSmsSendDirectory,
+                               [&](const std::string& name) {
+                                   visited.push_back(name);
+                                   return false;
+                               }),
+              0);
+    EXPECT_EQ(visited, Lines{Names(kSmsSendDirectory).front()});
+}
+
+TEST_F(Listing, VisitsEachEntryOnceThoughItIsDeletedMeanwhile) {
+    for (int i = 0; i < 3000; ++i) PutToSend("message." + std::to_string(i), "");
+    std::set<std::string> visited;
+    int visits = 0;
+    ReadSmsDirectory(kSmsSendDirectory, [&](const std::string& name) {
+        DeleteSpoolFile(kSmsSendDirectory, name);
+        visited.insert(name);
+        ++visits;
+        return true;
+    });
+    EXPECT_EQ(visits, 3000);
+    EXPECT_EQ(visited.size(), 3000u);
+    EXPECT_EQ(Names(kSmsSendDirectory), Lines{});
+}
+
 TEST_F(Listing, OfAMissingDirectoryGivesItsErrnoAndIsSilent) {
     Lines names;
-    EXPECT_EQ(ReadSmsDirectory("/tmp/sms/none/", names), ENOENT);
+    EXPECT_EQ(ReadAllNames("/tmp/sms/none/", names), ENOENT);
     EXPECT_EQ(names, Lines{});
     EXPECT_EQ(world.log, Lines{});
 }
@@ -211,14 +249,14 @@ TEST_F(Listing, OfAFileNamesTheErrnoAtDebugLevelOne) {
     g_i_DebugLevel = 1;
     Put("/tmp/sms/file", "");
     Lines names;
-    EXPECT_EQ(ReadSmsDirectory("/tmp/sms/file", names), ENOTDIR);
+    EXPECT_EQ(ReadAllNames("/tmp/sms/file", names), ENOTDIR);
     EXPECT_EQ(world.log, Lines{"DEBUG: Error opening SMS read directory /tmp/sms/file, errno 20"});
 }
 
 TEST_F(Listing, IsSilentAboutFailuresAtANegativeDebugLevel) {
     g_i_DebugLevel = -1;
     Lines names;
-    EXPECT_EQ(ReadSmsDirectory("/tmp/sms/none/", names), ENOENT);
+    EXPECT_EQ(ReadAllNames("/tmp/sms/none/", names), ENOENT);
     EXPECT_EQ(world.log, Lines{});
 }
 
@@ -226,9 +264,9 @@ TEST_F(Listing, ThroughSomebodysLinkIsRefused) {
     std::filesystem::rename(Real("/tmp/sms"), Real("/tmp/sms-elsewhere"));
     Link("sms-elsewhere", "/tmp/sms");
     Lines names;
-    EXPECT_EQ(ReadSmsDirectory(kSmsSendDirectory, names), 0) << "a link of our own is fine";
+    EXPECT_EQ(ReadAllNames(kSmsSendDirectory, names), 0) << "a link of our own is fine";
     GiveToSomebody("/tmp/sms");
-    EXPECT_EQ(ReadSmsDirectory(kSmsSendDirectory, names), ELOOP);
+    EXPECT_EQ(ReadAllNames(kSmsSendDirectory, names), ELOOP);
     EXPECT_EQ(world.log,
               Lines{"SMS directory /tmp/sms is a link that somebody else made, not using it"});
 }

@@ -131,12 +131,10 @@ TEST_F(Lightbar, PublishesALongLineWhole) {
     EXPECT_EQ(line + "\n", Published("lightbar"));
 }
 
-// A reader sees the old line or the new one, never an empty file.
-TEST_F(Lightbar, IsReplacedAndNotRewritten) {
+// The display keeps the file open.
+TEST_F(Lightbar, IsWrittenInPlace) {
     UpdateLightbar("+CSQ: 17,99");
-    EXPECT_THAT(FileSteps(),
-                ElementsAre("write lightbar.new", "rename lightbar", "write lightbar_ecio_in"));
-    EXPECT_EQ("(missing)", Published("lightbar.new"));
+    EXPECT_THAT(FileSteps(), ElementsAre("write lightbar", "write lightbar_ecio_in"));
 }
 
 TEST_F(Lightbar, LogsTheLineAboveLevelOne) {

@@ -1,13 +1,36 @@
 // Whatever stands at a path, reading it neither blocks nor eats the memory.
 #include "support/file_reader.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cstdarg>
 #include <filesystem>
+#include <functional>
 #include <string>
 
 #include "fakes/fixture.h"
+
+namespace {
+
+std::function<void()> g_behind_next_open;  // happens between two steps of the reader
+
+}  // namespace
+
+extern "C" int open(const char* path, int flags, ...) {
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    const auto fd = static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+    if (const std::function<void()> action = std::move(g_behind_next_open)) {
+        g_behind_next_open = nullptr;
+        action();
+    }
+    return fd;
+}
 
 namespace {
 
@@ -48,6 +71,29 @@ TEST_F(FileReader, WhatIsNoRegularFileReadsAsEmpty) {
         EXPECT_TRUE(ReadTextFile(path, LastCharacter::kDoubled, text_));
         EXPECT_EQ(text_, "");
     }
+}
+
+// Else a device could be put in the place of a file at the last moment.
+TEST_F(FileReader, ReadsTheVeryFileThatItLookedAt) {
+    const std::string path = WriteTemp("f", "first");
+    const std::string other = WriteTemp("other", "second");
+    g_behind_next_open = [&] { std::filesystem::rename(other, path); };
+    EXPECT_TRUE(ReadTextFile(path, LastCharacter::kAsItIs, text_));
+    EXPECT_EQ(text_, "first");
+    EXPECT_EQ(ReadAll(path), "second");
+}
+
+TEST_F(FileReader, LeavesNoDescriptorOpen) {
+    const auto count = [] {
+        const std::filesystem::directory_iterator all("/proc/self/fd");
+        return std::distance(begin(all), end(all));
+    };
+    const std::string path = WriteTemp("f", "text");
+    const auto before = count();
+    for (const std::string& what : {path, Folder(), Folder() + "/none", std::string("/dev/zero")}) {
+        ReadTextFile(what, LastCharacter::kAsItIs, text_);
+    }
+    EXPECT_EQ(count(), before);
 }
 
 TEST_F(FileReader, AFileOfAGigabyteIsCutAtTheLimit) {

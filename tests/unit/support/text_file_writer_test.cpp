@@ -69,7 +69,6 @@ TEST_F(TextFileWriter, AFileThatCannotBeOpenedIsReported) {
     cTextFileWriter file(Folder() + "/missing/status");
     file.AddLine("a");
     EXPECT_FALSE(file.WriteFile());
-    EXPECT_FALSE(file.ReplaceFile());
     EXPECT_FALSE(cTextFileWriter(Folder()).WriteFile());
 }
 
@@ -98,36 +97,18 @@ TEST_F(TextFileWriter, AFullFileSystemIsNotReported) {
     EXPECT_TRUE(file.WriteFile());
 }
 
-TEST_F(TextFileWriter, ReplaceFileLeavesNothingBesideIt) {
-    WriteTemp("status", "old");
-    cTextFileWriter file(path_);
-    file.AddLine("new");
-    EXPECT_TRUE(file.ReplaceFile());
-    EXPECT_EQ(ReadAll(path_), "new\n");
-    EXPECT_FALSE(std::filesystem::exists(path_ + ".new"));
-}
-
-TEST_F(TextFileWriter, AReaderKeepsTheOldTextWhileTheFileIsReplaced) {
-    WriteTemp("status", "old");
+// A display that holds the file open goes on seeing what is written.
+TEST_F(TextFileWriter, KeepsTheSameFileForLife) {
+    WriteTemp("status", "old, and longer");
     std::FILE* reader = std::fopen(path_.c_str(), "r");
     ASSERT_NE(reader, nullptr);
     cTextFileWriter file(path_);
     file.AddLine("new");
-    file.ReplaceFile();
-    char text[8] = {};
-    EXPECT_EQ(std::fread(text, 1, sizeof(text), reader), 3u);
-    EXPECT_STREQ(text, "old");
+    file.WriteFile();
+    char text[32] = {};
+    EXPECT_EQ(std::fread(text, 1, sizeof(text), reader), 4u);
+    EXPECT_STREQ(text, "new\n");
     std::fclose(reader);
-}
-
-TEST_F(TextFileWriter, AFailedReplaceKeepsTheOldFileAndCleansUp) {
-    std::filesystem::create_directory(path_);
-    WriteTemp("status/inside", "kept");
-    cTextFileWriter file(path_);
-    file.AddLine("new");
-    EXPECT_FALSE(file.ReplaceFile());
-    EXPECT_EQ(ReadAll(path_ + "/inside"), "kept");
-    EXPECT_FALSE(std::filesystem::exists(path_ + ".new"));
 }
 
 }  // namespace
