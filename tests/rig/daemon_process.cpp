@@ -20,14 +20,8 @@ namespace rig {
 namespace {
 
 constexpr long kLookEvery = 50000000;      // nanoseconds between two looks at the process
-constexpr double kMostWithoutSleep = 120;  // the same, while calls are made
-constexpr double kMostForTheEnd = 120;     // from the last request to the process's end
-
-double RealSeconds() {
-    timespec now = {};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
-}
+constexpr double kMostWithoutSleep = 120;  // seconds of a FairClock in which calls are made
+constexpr double kMostForTheEnd = 120;     // the same, from the last request to the process's end
 
 std::string ReadFrom(int fd) {
     std::string text;
@@ -115,6 +109,7 @@ Request DaemonProcess::Resume() {
 }
 
 void DaemonProcess::AwaitRequest() {
+    clock_ = machine::FairClock();
     now_since_ = calls_since_ = 0;
     const timespec wait = {0, kLookEvery};
     while (!AwaitTurn(*memory_, Turn::kScenario, &wait)) CheckProgress();
@@ -132,14 +127,14 @@ void DaemonProcess::CheckProgress() {
         throw DaemonTrouble("the daemon ended without a word, status " +
                             std::to_string(WEXITSTATUS(wait_status_)));
     }
-    const double real_now = RealSeconds();
-    if (now_since_ == 0 || memory_->now != seen_now_) now_since_ = real_now;
-    if (calls_since_ == 0 || memory_->calls != seen_calls_) calls_since_ = real_now;
+    const double now = clock_.Seconds();
+    if (memory_->now != seen_now_) now_since_ = now;
+    if (memory_->calls != seen_calls_) calls_since_ = now;
     seen_now_ = memory_->now;
     seen_calls_ = memory_->calls;
-    if (real_now - calls_since_ > static_cast<double>(patience_.count()))
+    if (now - calls_since_ > static_cast<double>(patience_.count()))
         GiveUp("the daemon hangs: it makes no call");
-    if (real_now - now_since_ > kMostWithoutSleep) GiveUp("the daemon is busy: it never sleeps");
+    if (now - now_since_ > kMostWithoutSleep) GiveUp("the daemon is busy: it never sleeps");
 }
 
 void DaemonProcess::GiveUp(const std::string& why) {
@@ -150,11 +145,11 @@ void DaemonProcess::GiveUp(const std::string& why) {
 
 // The end takes real time: leak checks, coverage counters.
 void DaemonProcess::Reap() {
-    const double since = RealSeconds();
+    machine::FairClock clock;
     while (waitpid(process_, &wait_status_, WNOHANG) != process_) {
         const timespec pause = {0, 200000};
         nanosleep(&pause, nullptr);
-        if (RealSeconds() - since > kMostForTheEnd) kill(process_, SIGKILL);
+        if (clock.Seconds() > kMostForTheEnd) kill(process_, SIGKILL);
     }
     process_ = -1;
 }

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "machine/fair_clock.h"
 #include "rig/protocol.h"
 
 namespace rig {
@@ -41,7 +42,7 @@ class DaemonProcess {
     // Request::kExiting the process is gone.
     Request Resume();
 
-    // How long in real time it may go without a call; 20 s at first.
+    // How long it may go without a call, on a FairClock; 20 s at first.
     void SetPatience(std::chrono::seconds patience) { patience_ = patience; }
 
     bool Running() const { return process_ > 0; }
@@ -72,6 +73,7 @@ class DaemonProcess {
     std::uint64_t seen_calls_ = 0;
     Micros seen_now_ = 0;
     std::chrono::seconds patience_{20};
+    machine::FairClock clock_;
     double calls_since_ = 0;
     double now_since_ = 0;
 };

@@ -121,7 +121,10 @@ void CoverEtc() {
 }
 
 void BuildRoot(const std::vector<std::string>& keep) {
-    Mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
+    // In a plain chroot the root is a folder like any other.
+    if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
+        Fail("the root folder is no mount point of its own that may be made private");
+    }
     CoverEtc();
     for (const char* folder : kCovered) Cover(fs::canonical(folder), keep);
     // A sandbox may refuse a fresh /proc; only the leak checker misses it.
@@ -135,26 +138,26 @@ int WaitFor(pid_t child) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-int Guarded(const std::function<int()>& body) {
+int Guarded(const std::function<int()>& body, int status_of_trouble) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     try {
         return body();
     } catch (const std::exception& error) {
         std::fprintf(stderr, "private root: %s\n", error.what());
-        return 1;
+        return status_of_trouble;
     }
 }
 
-// The tests' process leaves by exit, so that its own checks at the end run; those between cannot
-// run any, since they could start no thread.
-enum class Leaving { kByExit, kAtOnce };
+// The tests' process leaves by exit, so that its own checks at the end run; those between make the
+// root and cannot run any checks, since they could start no thread.
+enum class Child { kTests, kBetween };
 
-int InChild(Leaving leaving, const std::function<int()>& body) {
+int InChild(Child kind, const std::function<int()>& body) {
     const pid_t child = fork();
     if (child < 0) Fail("fork");
     if (child == 0) {
-        const int status = Guarded(body);
-        if (leaving == Leaving::kByExit) exit(status);
+        const int status = Guarded(body, kind == Child::kTests ? 1 : kNoPrivateRoot);
+        if (kind == Child::kTests) exit(status);
         std::fflush(nullptr);
         _exit(status);
     }
@@ -180,14 +183,14 @@ int RunInPrivateRoot(std::vector<std::string> keep, const std::function<int()>& 
     const auto be_first = [&] {
         BuildRoot(keep);
         DropClockRight();
-        return InChild(Leaving::kByExit, run_tests);
+        return InChild(Child::kTests, run_tests);
     };
     const auto enter = [&] {
         EnterNamespaces();
-        return InChild(Leaving::kAtOnce, be_first);
+        return InChild(Child::kBetween, be_first);
     };
     std::fflush(nullptr);
-    return InChild(Leaving::kAtOnce, enter);
+    return InChild(Child::kBetween, enter);
 }
 
 void EmptyPrivateFolders() {

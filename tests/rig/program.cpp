@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <map>
 
 namespace rig {
@@ -42,6 +43,24 @@ std::string PreloadList(const std::string& program) {
     if (sanitizers.count(program) == 0) sanitizers[program] = FindSanitizer(program);
     const std::string& sanitizer = sanitizers[program];
     return sanitizer.empty() ? RIG_PRELOAD : sanitizer + ":" + RIG_PRELOAD;
+}
+
+long DaemonMemory(const std::string& line) {
+    namespace fs = std::filesystem;
+    const fs::path program = fs::canonical(DaemonProgram());
+    for (const auto& entry : fs::directory_iterator("/proc")) {
+        std::error_code unreadable;
+        if (fs::read_symlink(entry.path() / "exe", unreadable) != program) continue;
+        std::ifstream status(entry.path() / "status");
+        std::string word;
+        while (status >> word) {
+            if (word != line + ":") continue;
+            long kilobytes = 0;
+            status >> kilobytes;
+            return kilobytes;
+        }
+    }
+    return 0;
 }
 
 std::string TestProgram() {

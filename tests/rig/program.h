@@ -12,6 +12,8 @@ constexpr char kTracesVariable[] = "RIG_TRACES";
 std::string DaemonProgram();
 // The value of LD_PRELOAD for it: the rig's library, behind the sanitizer's if it needs one.
 std::string PreloadList(const std::string& program);
+// KiB, from a line of the running daemon's /proc/PID/status such as "VmPeak"; 0 when none runs.
+long DaemonMemory(const std::string& line);
 // The running test program's own path.
 std::string TestProgram();
 

@@ -64,7 +64,7 @@ class World {
     void SetProcessId(int id) { memory_.process_id = id; }
     void SetWallClock(const std::string& utc);  // "2026-03-14 09:15:00"
     // Real time between two calls of the daemon after which it counts as hanging.
-    void SetPatience(std::chrono::seconds real) { process_.SetPatience(real); }
+    void SetPatience(std::chrono::seconds fair) { process_.SetPatience(fair); }
     void OnTerminal() { on_terminal_ = true; }  // a person started it
 
     // --- The story ----------------------------------------------------------------------------

@@ -3,8 +3,8 @@
 #include <dirent.h>
 
 #include <ctime>
-#include <filesystem>
-#include <fstream>
+
+#include "rig/program.h"
 
 void SmsWorld::Drop(const std::string& name, const std::string& text) {
     WriteFile(kSend + name, text);
@@ -53,18 +53,7 @@ std::string SmsWorld::FirstListed() {
 }
 
 long SmsWorld::PeakMemory() {
-    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-        std::ifstream status(entry.path() / "status");
-        std::string word;
-        std::string name;
-        while (status >> word) {
-            if (word == "Name:") status >> name;
-            if (word != "VmPeak:" || name != "modemd") continue;
-            long kilobytes = 0;
-            status >> kilobytes;
-            return kilobytes;
-        }
-    }
-    ADD_FAILURE() << "no daemon below /proc";
-    return 0;
+    const long kilobytes = rig::DaemonMemory("VmPeak");
+    EXPECT_GT(kilobytes, 0) << "no daemon below /proc";
+    return kilobytes;
 }

@@ -6,8 +6,6 @@
 #include <algorithm>
 #include <cstring>
 #include <ctime>
-#include <filesystem>
-#include <fstream>
 
 #include "rig/program.h"
 #include "scenarios/worlds/status_files.h"
@@ -50,23 +48,6 @@ std::string WithoutWhiteSpace(std::string text) {
     const auto is_space = [](char c) { return std::strchr(" \t\r\n", c) != nullptr; };
     text.erase(std::remove_if(text.begin(), text.end(), is_space), text.end());
     return text;
-}
-
-// Memory of the daemon that is its own, KiB; what it shares with the rig is left out.
-long DaemonMemory() {
-    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-        std::ifstream status(entry.path() / "status");
-        std::string word;
-        std::string name;
-        while (status >> word) {
-            if (word == "Name:") status >> name;
-            if (word != "RssAnon:" || name != "modemd") continue;
-            long kilobytes = 0;
-            status >> kilobytes;
-            return kilobytes;
-        }
-    }
-    return 0;
 }
 
 bool IsSanitized() {
@@ -320,7 +301,8 @@ std::string RandomWorld::FaultOf(const rig::Event& event) const {
 // keeps what is freed, and looks for leaks itself.
 void RandomWorld::CheckMemory() {
     if (IsSanitized()) return;
-    const long memory = DaemonMemory();
+    // Its own; what it shares with the rig is left out.
+    const long memory = rig::DaemonMemory("RssAnon");
     ASSERT_GT(memory, 0);
     EXPECT_LT(memory, plan_.HasFloods() ? kMostMemoryInFloods : kMostMemory);
     if (Now() <= kSettlingTime) {

@@ -16,6 +16,7 @@
 #include <sstream>
 
 #include "fakes/fixture.h"
+#include "machine/own_folder.h"
 #include "sms/receive.h"
 #include "state/settings.h"
 #include "state/statistics_record.h"
@@ -164,8 +165,7 @@ void World::Waiting(const std::string& bytes) {
 DaemonTest::DaemonTest() {
     setenv("TZ", "UTC", 1);
     tzset();
-    char pattern[] = "/tmp/modemd-unit-XXXXXX";
-    folder_ = mkdtemp(pattern);
+    folder_ = machine::MakeOwnFolder();
     g_world = &world;
     g_unfinished.clear();
 

@@ -16,6 +16,8 @@
 #include <stdexcept>
 #include <thread>
 
+#include "machine/fair_clock.h"
+#include "machine/own_folder.h"
 #include "sim/control_socket.h"
 #include "sim/hooks.h"
 #include "sim/pty_port.h"
@@ -26,23 +28,20 @@ using testing::HasSubstr;
 
 class Folder : public testing::Test {
   protected:
-    Folder() {
-        char name[] = "/tmp/modem-port-XXXXXX";
-        folder_ = mkdtemp(name);
-    }
     ~Folder() override {
         for (const char* name : {"link", "socket", "file"}) unlink(Path(name).c_str());
         rmdir(folder_.c_str());
     }
     std::string Path(const std::string& name) const { return folder_ + "/" + name; }
 
-    std::string folder_;
+    const std::string folder_ = machine::MakeOwnFolder();
 };
 
 bool Readable(int descriptor) {
-    constexpr int kPatience = 10000;  // milliseconds; only a broken port takes so long
-    pollfd polled{descriptor, POLLIN, 0};
-    return poll(&polled, 1, kPatience) == 1 && (polled.revents & POLLIN) != 0;
+    return machine::WaitUntil([descriptor] {
+        pollfd polled{descriptor, POLLIN, 0};
+        return poll(&polled, 1, 0) == 1 && (polled.revents & POLLIN) != 0;
+    });
 }
 
 std::string ReadSome(int descriptor) {
@@ -150,47 +149,40 @@ TEST_F(Pty, TakesOverAnOldLinkButNothingElse) {
     EXPECT_EQ(kept, "precious");
 }
 
-// A socket served by a thread until the test ends.
+// A socket served by a thread until the test has its answers.
 class ControlPort : public Folder {
   protected:
-    void Serve(sim::ControlSocket* socket, int questions) {
-        server_ = std::thread([this, socket, questions] {
-            while (answered_ < questions) {
+    void Serve(sim::ControlSocket* socket) {
+        server_ = std::thread([this, socket] {
+            constexpr int kBetweenLooks = 10;  // milliseconds
+            while (!served_) {
                 std::vector<pollfd> polled;
                 socket->AddTo(&polled);
-                poll(polled.data(), polled.size(), 1000);
-                socket->Handle(polled);
-            }
-            // The last answer may still be on its way out.
-            for (int i = 0; i < 3; ++i) {
-                std::vector<pollfd> polled;
-                socket->AddTo(&polled);
-                poll(polled.data(), polled.size(), 10);
+                poll(polled.data(), polled.size(), kBetweenLooks);
                 socket->Handle(polled);
             }
         });
     }
-    sim::ControlSocket::Answerer Answerer() {
-        return [this](const std::string& line) {
-            ++answered_;
-            return "ok: " + line;
-        };
+    void EndService() {
+        served_ = true;
+        server_.join();
     }
+    static std::string Answer(const std::string& line) { return "ok: " + line; }
 
     std::thread server_;
-    std::atomic<int> answered_{0};
+    std::atomic<bool> served_{false};
 };
 
 TEST_F(ControlPort, AnswersOneLineAtATime) {
-    sim::ControlSocket socket(Path("socket"), Answerer());
-    Serve(&socket, 2);
+    sim::ControlSocket socket(Path("socket"), Answer);
+    Serve(&socket);
     EXPECT_EQ(sim::AskModem(Path("socket"), "signal 12"), "ok: signal 12");
     EXPECT_EQ(sim::AskModem(Path("socket"), ""), "ok: ");
-    server_.join();
+    EndService();
 }
 
 TEST_F(ControlPort, IsForItsOwnerOnly) {
-    sim::ControlSocket socket(Path("socket"), Answerer());
+    sim::ControlSocket socket(Path("socket"), Answer);
     struct stat status {};
     ASSERT_EQ(stat(Path("socket").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0600u);
@@ -198,13 +190,13 @@ TEST_F(ControlPort, IsForItsOwnerOnly) {
 
 TEST_F(ControlPort, LeavesAForeignFileAlone) {
     std::ofstream(Path("file")) << "precious";
-    EXPECT_THROW(sim::ControlSocket(Path("file"), Answerer()), std::runtime_error);
+    EXPECT_THROW(sim::ControlSocket(Path("file"), Answer), std::runtime_error);
     EXPECT_EQ(access(Path("file").c_str(), F_OK), 0);
 }
 
 TEST_F(ControlPort, DoesNotPushALivingModemAside) {
-    sim::ControlSocket first(Path("socket"), Answerer());
-    EXPECT_THROW(sim::ControlSocket(Path("socket"), Answerer()), std::runtime_error);
+    sim::ControlSocket first(Path("socket"), Answer);
+    EXPECT_THROW(sim::ControlSocket(Path("socket"), Answer), std::runtime_error);
     EXPECT_EQ(access(Path("socket").c_str(), F_OK), 0);
 }
 
@@ -223,16 +215,19 @@ TEST_F(Hook, RunsOneAfterTheOther) {
     sim::Hooks hooks;
     const std::string file = Path("file");
     hooks.Run("");
-    hooks.Run("sleep 0.2; printf one >> " + file);
+    hooks.Run("until test -e " + Path("link") + "; do sleep 0.01; done; printf one >> " + file);
     hooks.Run("printf two >> " + file);
+    hooks.Reap();
+    EXPECT_NE(access(file.c_str(), F_OK), 0) << "the second did not wait for the first";
+    std::ofstream(Path("link")) << "go on";
     std::string text;
-    for (int i = 0; i < 1000 && text != "onetwo"; ++i) {
-        usleep(10000);
+    const bool both = machine::WaitUntil([&] {
         hooks.Reap();
         text.clear();
         std::ifstream(file) >> text;
-    }
-    EXPECT_EQ(text, "onetwo");
+        return text == "onetwo";
+    });
+    EXPECT_TRUE(both) << text;
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "bench_modem.h"
+#include "machine/own_folder.h"
 
 namespace {
 
@@ -18,10 +19,6 @@ using testing::HasSubstr;
 // A folder of profiles of the test's own.
 class Profiles : public testing::Test {
   protected:
-    Profiles() {
-        char name[] = "/tmp/profiles-XXXXXX";
-        folder_ = mkdtemp(name);
-    }
     ~Profiles() override {
         for (const std::string& path : written_) unlink(path.c_str());
         rmdir(folder_.c_str());
@@ -44,7 +41,7 @@ class Profiles : public testing::Test {
     }
 
   private:
-    std::string folder_;
+    const std::string folder_ = machine::MakeOwnFolder();
     std::vector<std::string> written_;
 };
 

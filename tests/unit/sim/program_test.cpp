@@ -2,7 +2,6 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/stat.h>
@@ -13,6 +12,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "machine/fair_clock.h"
+#include "machine/own_folder.h"
 #include "sim/control_socket.h"
 
 namespace {
@@ -35,10 +36,6 @@ Outcome RunShell(const std::string& command) {
 
 class Program : public testing::Test {
   protected:
-    Program() {
-        char name[] = "/tmp/modem-sim-XXXXXX";
-        folder_ = mkdtemp(name);
-    }
     ~Program() override {
         if (pid_ > 0) End(SIGKILL);
         for (const char* name : {"link", "socket", "log", "calls"}) unlink(Path(name).c_str());
@@ -91,13 +88,13 @@ class Program : public testing::Test {
         const std::string line = command + "\r\n";
         EXPECT_EQ(write(port, line.data(), line.size()), static_cast<ssize_t>(line.size()));
         std::string answer;
-        pollfd polled{port, POLLIN, 0};
-        while (answer.find("OK\r\n") == answer.npos && poll(&polled, 1, 10000) == 1) {
+        const auto complete = [&] {
             char buffer[256];
             const ssize_t count = read(port, buffer, sizeof(buffer));
-            if (count <= 0) break;
-            answer.append(buffer, static_cast<std::size_t>(count));
-        }
+            if (count > 0) answer.append(buffer, static_cast<std::size_t>(count));
+            return answer.find("OK\r\n") != answer.npos;
+        };
+        EXPECT_TRUE(machine::WaitUntil(complete)) << answer;
         close(port);
         return answer;
     }
@@ -113,7 +110,7 @@ class Program : public testing::Test {
         return text.str();
     }
 
-    std::string folder_;
+    const std::string folder_ = machine::MakeOwnFolder();
     pid_t pid_ = -1;
 };
 
@@ -147,10 +144,9 @@ TEST_F(Program, CtlFailsWithAReason) {
 TEST_F(Program, UnpluggedItsLinkIsGoneUntilItIsBack) {
     Start({});
     EXPECT_EQ(Tell("unplug"), "ok");
-    for (int i = 0; i < 1000 && Exists("link"); ++i) usleep(10000);
-    EXPECT_FALSE(Exists("link"));
+    EXPECT_TRUE(machine::WaitUntil([&] { return !Exists("link"); }));
     EXPECT_EQ(Tell("plug"), "ok");
-    for (int i = 0; i < 1000 && !Exists("link"); ++i) usleep(10000);
+    EXPECT_TRUE(machine::WaitUntil([&] { return Exists("link"); }));
     EXPECT_EQ(Ask("AT"), "AT\r\r\nOK\r\n");
 }
 
@@ -159,8 +155,7 @@ TEST_F(Program, RunsItsHooksInOrder) {
            "echo down >>" + Path("calls")});
     Tell("call up");
     Tell("drop-call");
-    for (int i = 0; i < 1000 && Text("calls") != "up\ndown\n"; ++i) usleep(10000);
-    EXPECT_EQ(Text("calls"), "up\ndown\n");
+    EXPECT_TRUE(machine::WaitUntil([&] { return Text("calls") == "up\ndown\n"; }));
 }
 
 TEST_F(Program, ASignalEndsItAndLeavesNothingBehind) {

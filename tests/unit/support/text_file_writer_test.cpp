@@ -74,13 +74,16 @@ TEST_F(TextFileWriter, AFileThatCannotBeOpenedIsReported) {
 
 TEST_F(TextFileWriter, ALinkBelowTmpIsReplacedAndNotFollowed) {
     const std::string victim = WriteTemp("victim", "precious");
-    ASSERT_EQ(symlink(victim.c_str(), path_.c_str()), 0);
-    cTextFileWriter file(path_);
+    char folder[] = "/tmp/modemd-test-XXXXXX";
+    const std::string path = std::string(mkdtemp(folder)) + "/status";
+    ASSERT_EQ(symlink(victim.c_str(), path.c_str()), 0);
+    cTextFileWriter file(path);
     file.AddLine("a");
     EXPECT_TRUE(file.WriteFile());
     EXPECT_EQ(ReadAll(victim), "precious");
-    EXPECT_FALSE(std::filesystem::is_symlink(path_));
-    EXPECT_EQ(ReadAll(path_), "a\n");
+    EXPECT_FALSE(std::filesystem::is_symlink(path));
+    EXPECT_EQ(ReadAll(path), "a\n");
+    std::filesystem::remove_all(folder);
 }
 
 TEST_F(TextFileWriter, AFifoWithoutReaderCountsAsAFileThatCannotBeOpened) {
