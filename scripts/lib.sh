@@ -5,7 +5,8 @@
 readonly BUILD_NEEDS='cmake:cmake g++:g++ ninja:ninja-build python3:python3'
 readonly ROUTER_NEEDS='busybox:busybox-static unshare:util-linux ip:iproute2 dnsmasq:dnsmasq-base'
 readonly TEST_NEEDS='/usr/include/gtest/gtest.h:libgtest-dev /usr/include/gmock/gmock.h:libgmock-dev
-    readelf:binutils git:git'
+    /usr/lib/python3/dist-packages/pytest:python3-pytest
+    /usr/lib/python3/dist-packages/xdist:python3-pytest-xdist readelf:binutils git:git'
 
 step() {
     echo "==> $*"
@@ -52,18 +53,20 @@ build() {
         shift
     done
     [[ $# -eq 0 ]] || { shift; targets=(--target "$@"); }
-    local log=build/$preset/build.log
+    local log=build/$preset/build.log cache=build/$preset/CMakeCache.txt
     mkdir -p "build/$preset"
-    if [[ ! -e build/$preset/CMakeCache.txt || ${#options[@]} -gt 0 ]]; then
+    if [[ ! -e $cache || ${#options[@]} -gt 0 ]]; then
         step "configuring build/$preset"
-        # A tree that was configured before keeps its generator.
-        local generator=()
-        [[ -e build/$preset/CMakeCache.txt ]] || generator=(-G Ninja)
-        cmake --preset "$preset" "${generator[@]}" "${options[@]}" >"$log" 2>&1 ||
-            { cat "$log" >&2; return 1; }
+        # A tree of another generator cannot be taken over.
+        ! grep -qs '^CMAKE_GENERATOR:INTERNAL=' "$cache" ||
+            grep -qx 'CMAKE_GENERATOR:INTERNAL=Ninja' "$cache" || options+=(--fresh)
+        cmake --preset "$preset" "${options[@]}" >"$log" 2>&1 || { cat "$log" >&2; return 1; }
     fi
     step "building build/$preset"
-    if ! cmake --build "build/$preset" --parallel "$(nproc)" "${targets[@]}" >"$log" 2>&1; then
+    local command=(cmake --build "build/$preset" --parallel "$(nproc)" "${targets[@]}")
+    if [[ -t 1 ]]; then
+        "${command[@]}"  # ninja writes its [n/m] over and over again
+    elif ! "${command[@]}" >"$log" 2>&1; then
         tail -n 60 "$log" >&2
         return 1
     fi

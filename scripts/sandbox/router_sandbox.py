@@ -13,11 +13,13 @@ import subprocess
 import tempfile
 import time
 
+from fair_clock import FairClock
+
 PROJECT = pathlib.Path(__file__).resolve().parents[2]
 BUILD = pathlib.Path(os.environ.get("MODEMD_BUILD", PROJECT / "build" / "release")).resolve()
 
 # Only a hang reaches this; on an idle machine every wait ends much earlier.
-PATIENCE = 150.0  # seconds
+PATIENCE = 150.0  # seconds of a FairClock
 
 
 def figure(text):
@@ -111,12 +113,13 @@ class Router:
     def start_daemon(self, *arguments):
         """Starts the daemon as an init script would; its exit status goes to /run/exit."""
         line = " ".join([str(BUILD / "modemd"), *arguments])
-        self.shell(f"({line} >/run/output 2>&1 </dev/null; echo $? >/run/exit)"
+        self.shell(f"rm -f /run/exit; ({line} >/run/output 2>&1 </dev/null; echo $? >/run/exit)"
                    " >/dev/null 2>&1 </dev/null &")
         self.started_at = time.monotonic()
 
     def signal_daemon(self, name):
-        self.shell(f"kill -{name} $(cat /var/run/modemd.pid)")
+        process = self.wait_for(lambda: self.read("/var/run/modemd.pid"), "the pid file")
+        self.shell(f"kill -{name} {process}")
 
     def wait_for_exit(self):
         """The daemon's exit status."""
@@ -131,6 +134,10 @@ class Router:
                            re.MULTILINE)
         return found
 
+    def wait_for_log(self, line, times=1):
+        """The log daemon takes its time to write, also after the line's writer has ended."""
+        self.wait_for(lambda: self.log().count(line) >= times, f'"{line}" in the system log')
+
     def addresses(self):
         """The IPv4 addresses of wwan0, as the kernel says."""
         links = json.loads(self.run("/usr/bin/ip", "-json", "-4", "address", "show", "wwan0"))
@@ -139,6 +146,11 @@ class Router:
     def link_is_up(self):
         links = json.loads(self.run("/usr/bin/ip", "-json", "link", "show", "wwan0"))
         return "UP" in links[0]["flags"]
+
+    def reaches(self, address):
+        """Whether an answer to a ping comes back."""
+        answer = self.shell(f"ping -c 1 -W 5 -I wwan0 {address}", check=False)
+        return ", 0% packet loss" in answer
 
     def default_routes(self):
         return json.loads(self.run("/usr/bin/ip", "-json", "route", "show", "default") or "[]")
@@ -159,15 +171,16 @@ class Router:
 
     def wait_for(self, condition, what, patience=PATIENCE):
         """Polls until the condition holds and returns what it gave."""
-        limit = time.monotonic() + patience
+        clock = FairClock()
         while True:
             result = condition()
             if result:
                 return result
             if self.process.poll() is not None:
                 raise AssertionError(f"the sandbox ended while waiting for {what}")
-            if time.monotonic() > limit:
-                raise AssertionError(f"waited {patience:.0f} s in vain for {what}\n"
+            if clock.seconds() > patience:
+                raise AssertionError(f"waited {patience:.0f} s in vain for {what}; the machine is"
+                                     f" {clock.slowness:.1f} times slower than at rest\n"
                                      + self.story())
             time.sleep(0.2)
 

@@ -8,7 +8,8 @@ import tempfile
 import time
 import unittest
 
-from router_sandbox import PROJECT, Router
+from fair_clock import FairClock, slowness
+from router_sandbox import PATIENCE, PROJECT, Router
 
 ROUTER = str(PROJECT / "scripts" / "router")
 
@@ -40,7 +41,6 @@ class Walls(unittest.TestCase):
                       self.router.shell("(echo 1 >/proc/sys/vm/swappiness) 2>&1 || true"))
 
     def test_the_clock_cannot_be_set(self):
-        before = time.time()
         self.router.shell("/bin/date -s '1:2:3 4/5/2030' &> /dev/null;"
                           " /bin/hwclock --systohc &> /dev/null")
         self.assertEqual(self.router.recorded(),
@@ -48,11 +48,12 @@ class Walls(unittest.TestCase):
         # The tool behind the recorder has no right to do it either.
         answer = self.router.shell("/bin/busybox date -s '2030-04-05 01:02:03' 2>&1 || true")
         self.assertIn("Operation not permitted", answer)
-        self.assertLess(abs(time.time() - before), 60)
+        self.assertNotIn(time.gmtime().tm_year, (2030, 1970))
 
     def test_date_still_tells_the_time(self):
+        before = int(time.time())
         told = int(self.router.shell("/bin/date +%s"))
-        self.assertLess(abs(told - time.time()), 60)
+        self.assertTrue(before <= told <= time.time())
 
     def test_the_shell_reads_ampersand_greater_as_both_outputs(self):
         self.router.shell("(echo out; echo err >&2; sleep 0.2; echo late) &> /tmp/both")
@@ -74,29 +75,37 @@ class Carrier(unittest.TestCase):
         self.router.shell(f"udhcpc -T 3 -S -b -i wwan0 {' '.join(options)} &> /dev/null")
         return self.router.wait_for(self.router.addresses, "an address")
 
+    def client(self):
+        """The client's process id, which it writes when it has gone to the background."""
+        return self.router.wait_for(lambda: self.router.read("/var/run/udhcpc-wwan0.pid"),
+                                    "the pid file")
+
     def test_a_lease_comes_with_the_default_route_and_reaches_the_world(self):
         self.router.shell("carrier up")
         self.assertTrue(self.lease()[0].startswith("10.64.0."))
-        self.assertEqual(self.router.default_routes()[0]["gateway"], "10.64.0.1")
-        self.router.shell("ping -c 1 -W 5 -I wwan0 8.8.8.8")
+        routes = self.router.wait_for(self.router.default_routes, "the default route")
+        self.assertEqual(routes[0]["gateway"], "10.64.0.1")
+        self.router.wait_for(lambda: self.router.reaches("8.8.8.8"), "an answer from far away")
 
     def test_the_switch_leaves_the_default_route_alone(self):
         self.router.shell("carrier up")
         self.lease("-G")
+        self.client()
         self.assertEqual(self.router.default_routes(), [])
-        self.router.shell("ping -c 1 -W 5 -I wwan0 8.8.8.8")
 
     def test_a_second_start_signals_the_running_client(self):
         self.router.shell("carrier up")
         self.lease()
-        client = self.router.read("/var/run/udhcpc-wwan0.pid")
+        client = self.client()
+        leases = self.router.dhcp("DHCPACK")
         self.router.shell("udhcpc -T 3 -S -b -i wwan0 &> /dev/null")
-        self.router.wait_for(lambda: self.router.dhcp("DHCPACK") == 2, "the renewal")
-        self.assertEqual(self.router.read("/var/run/udhcpc-wwan0.pid"), client)
+        self.router.wait_for(lambda: self.router.dhcp("DHCPACK") > leases, "the renewal")
+        self.assertEqual(self.client(), client)
 
     def test_a_release_reaches_the_server(self):
         self.router.shell("carrier up")
         self.lease()
+        self.client()
         self.router.shell("kill -USR2 `cat /var/run/udhcpc-wwan0.pid 2> /dev/null` &> /dev/null")
         self.router.wait_for(lambda: self.router.dhcp("DHCPRELEASE") == 1, "the release")
         self.router.shell("ifconfig wwan0 0.0.0.0 up")
@@ -105,7 +114,8 @@ class Carrier(unittest.TestCase):
     def test_a_dead_link_sends_the_client_to_the_background_until_it_comes_up(self):
         self.router.shell("udhcpc -T 1 -S -b -i wwan0 &> /dev/null")
         self.assertEqual(self.router.addresses(), [])
-        self.assertIn("LEASE_FAIL_COUNTER=1", self.router.read("/tmp/udhcpc.wwan0.lfc"))
+        self.assertRegex(self.router.read("/tmp/udhcpc.wwan0.lfc"), r"^LEASE_FAIL_COUNTER=[1-9]")
+        self.client()
         self.router.shell("carrier up")
         self.router.shell("udhcpc -T 1 -S -b -i wwan0 &> /dev/null")
         self.router.wait_for(self.router.addresses, "an address")
@@ -137,8 +147,8 @@ class Command(unittest.TestCase):
         router.shell("(sleep 1000 &) &> /dev/null")
         outside = router.pid
         router.close()
-        limit = time.monotonic() + 20
-        while pathlib.Path(f"/proc/{outside}").exists() and time.monotonic() < limit:
+        clock = FairClock()
+        while pathlib.Path(f"/proc/{outside}").exists() and clock.seconds() < PATIENCE:
             time.sleep(0.05)
         self.assertFalse(pathlib.Path(f"/proc/{outside}").exists())
         self.assertNotIn("modemd-system", pathlib.Path("/proc/mounts").read_text())
@@ -154,9 +164,9 @@ class Command(unittest.TestCase):
         shutil.copytree(PROJECT / "scripts", f"{folder}/scripts")
         done = subprocess.run([*as_user, f"{folder}/scripts/router", "--quiet", "--", "sh", "-c",
                                "id -u; carrier up; udhcpc -T 3 -S -b -i wwan0 &> /dev/null;"
-                               " ifconfig wwan0"],
+                               " until ifconfig wwan0 | grep 'inet addr'; do usleep 50000; done"],
                               stdin=subprocess.DEVNULL, capture_output=True, text=True,
-                              check=False, cwd="/")
+                              check=False, cwd="/", timeout=PATIENCE * slowness())
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertEqual(done.stdout.split()[0], "0")
         self.assertIn("inet addr:10.64.0.", done.stdout)

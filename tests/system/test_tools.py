@@ -81,6 +81,11 @@ class StartScript(unittest.TestCase):
     def tearDownClass(cls):
         cls.router.close()
 
+    def wait_for_stop(self):
+        for name in ("[m]odemd -881", "[m]odemd.init run"):
+            self.router.wait_for(lambda name=name: self.router.shell(f"ps | grep '{name}' || true")
+                                 == "", "the processes to end")
+
     def starts(self):
         return self.router.log().count("v1.45 starting")
 
@@ -97,7 +102,7 @@ class StartScript(unittest.TestCase):
         self.assertIn("is running", self.router.shell("/etc/modemd.init status"))
 
     def test_2_a_daemon_that_ended_is_started_again(self):
-        first = self.daemon()
+        first = self.router.wait_for(self.daemon, "the pid file")
         self.router.shell(f"kill -KILL {first}")
         self.router.wait_for(lambda: self.starts() == 2, "the second start")
         self.router.wait_for(lambda: self.daemon() not in ("", first), "its process id")
@@ -105,8 +110,7 @@ class StartScript(unittest.TestCase):
     def test_3_stop_ends_it_for_good(self):
         self.router.shell("/etc/modemd.init stop")
         self.assertIn("not running", self.router.shell("/etc/modemd.init status || true"))
-        self.assertEqual(self.router.shell("ps | grep '[m]odemd -881' || true"), "")
-        self.assertEqual(self.router.shell("ps | grep '[m]odemd.init run' || true"), "")
+        self.wait_for_stop()
         self.assertEqual(self.starts(), 2)
         self.assertTrue(self.router.shell("ls -ld /tmp/sms").startswith("drwx------"))
 
