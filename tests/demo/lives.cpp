@@ -1,0 +1,154 @@
+#include "lives.h"
+
+#include <algorithm>
+#include <csignal>
+#include <ctime>
+#include <filesystem>
+
+namespace demo {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using rig::Duration;
+using rig::Kind;
+using rig::World;
+
+namespace {
+
+constexpr int kFirstProcess = 4242;
+constexpr Duration kTimeToEnd = 60s;
+
+// What the daemon leaves and its next life finds.
+const char* const kKeptPlaces[] = {"/var/log", "/var/run", "/tmp/sms", "/tmp/udhcpc.wwan0.lfc",
+                                   "/etc/kvt"};
+
+std::vector<std::pair<std::string, std::string>> ReadKeptFiles() {
+    std::vector<std::pair<std::string, std::string>> files;
+    const auto keep = [&](const std::string& path) {
+        if (fs::is_regular_file(path)) files.emplace_back(path, World::File(path));
+    };
+    for (const char* place : kKeptPlaces) {
+        std::error_code error;
+        keep(place);
+        for (const auto& entry : fs::recursive_directory_iterator(place, error)) {
+            keep(entry.path());
+        }
+    }
+    return files;
+}
+
+std::string Utc(std::int64_t seconds) {
+    const auto time = static_cast<std::time_t>(seconds);
+    char text[32];
+    std::tm broken = {};
+    std::strftime(text, sizeof(text), "%Y-%m-%d %H:%M:%S", gmtime_r(&time, &broken));
+    return text;
+}
+
+void Append(std::vector<std::string>& to, std::vector<std::string> more) {
+    std::move(more.begin(), more.end(), std::back_inserter(to));
+}
+
+}  // namespace
+
+Lives::Lives(std::string card_option, Duration pause)
+    : card_option_(std::move(card_option)),
+      pause_(pause),
+      world_(std::make_unique<World>(card_option_)),
+      carrier_(std::make_unique<CarrierSide>(*world_)) {
+    world_->AllowUnknownCommands();
+    world_->Keep({Kind::kLog, Kind::kWrite});
+}
+
+Lives::~Lives() = default;
+
+Duration Lives::Now() const {
+    return started_ && !world_->Running() ? ended_ : born_ + world_->Now();
+}
+
+void Lives::Run(Duration duration) {
+    if (!started_) world_->Start();
+    started_ = true;
+    const Duration until = Now() + duration;
+    while (Now() < until) {
+        if (world_->Running()) {
+            RunWorld(until);
+        } else {
+            const Duration rebirth = born_ + world_->Now() + pause_;
+            ended_ = ended_for_good_ ? until : std::min(until, rebirth);
+            if (!ended_for_good_ && ended_ == rebirth) BeginLife();
+        }
+    }
+}
+
+void Lives::RunWorld(Duration until) {
+    world_->RunFor(until - Now());
+    Append(log_, world_->Log());
+    Append(commands_, world_->Commands());
+    world_->ClearTrace();
+    if (!world_->Running()) ended_ = born_ + world_->Now();
+}
+
+// The modem of the new life is a fresh one, as a modem is that was put back; only the place where
+// it stands, and so its signal, is the old one.
+void Lives::BeginLife() {
+    const auto files = ReadKeptFiles();
+    const std::string signal = "signal " + std::to_string(world_->modem().GetState().radio.csq);
+    const std::string wall = Utc(world_->WallSeconds() + pause_ / 1s);
+    const Duration uptime = 1h + ended_;
+    const int process = kFirstProcess + static_cast<int>(ended_ / 1s);
+    bytes_before_ += carrier_->Bytes();
+    carrier_.reset();
+    world_.reset();
+
+    world_ = std::make_unique<World>(card_option_);
+    carrier_ = std::make_unique<CarrierSide>(*world_);
+    world_->AllowUnknownCommands();
+    world_->Keep({Kind::kLog, Kind::kWrite});
+    world_->SetWallClock(wall);
+    world_->SetUptime(uptime);
+    world_->SetProcessId(process);
+    for (const auto& [path, text] : files) world_->WriteFile(path, text);
+    world_->Control(signal);
+    born_ = ended_;
+    if (!plugged_) {
+        world_->Control("unplug");
+        world_->RemoveDevice();
+    }
+    world_->Start();
+}
+
+std::string Lives::Tell(const std::string& line) {
+    const std::string answer =
+        world_->modem().Control(line, std::chrono::microseconds(world_->Now()).count());
+    const bool plugged = world_->modem().Plugged();
+    if (plugged_ && !plugged) world_->Unplug();
+    if (!plugged_ && plugged) world_->AddDevice();
+    plugged_ = plugged;
+    return answer;
+}
+
+void Lives::Write(const std::string& path, const std::string& text) {
+    world_->WriteFile(path, text);
+}
+
+void Lives::End() {
+    ended_for_good_ = true;
+    if (!world_->Running()) return;
+    world_->Signal(SIGTERM);
+    RunWorld(Now() + kTimeToEnd);
+}
+
+std::optional<std::string> Lives::Address() const {
+    return carrier_->HasAddress() ? std::optional<std::string>(kAddress) : std::nullopt;
+}
+
+std::vector<std::string> Lives::TakeLog() {
+    return std::exchange(log_, {});
+}
+
+std::vector<std::string> Lives::TakeCommands() {
+    return std::exchange(commands_, {});
+}
+
+}  // namespace demo
