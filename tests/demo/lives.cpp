@@ -90,10 +90,11 @@ void Lives::RunWorld(Duration until) {
 }
 
 // The modem of the new life is a fresh one, as a modem is that was put back; only the place where
-// it stands, and so its signal, is the old one.
+// it stands, and so its signal, and a call that it has made meanwhile are the old ones.
 void Lives::BeginLife() {
     const auto files = ReadKeptFiles();
     const std::string signal = "signal " + std::to_string(world_->modem().GetState().radio.csq);
+    const bool call_was_up = CallIsUp();
     const std::string wall = Utc(world_->WallSeconds() + pause_ / 1s);
     const Duration uptime = 1h + ended_;
     const int process = kFirstProcess + static_cast<int>(ended_ / 1s);
@@ -110,6 +111,7 @@ void Lives::BeginLife() {
     world_->SetProcessId(process);
     for (const auto& [path, text] : files) world_->WriteFile(path, text);
     world_->Control(signal);
+    if (call_was_up) world_->Control("call up");
     born_ = ended_;
     if (!plugged_) {
         world_->Control("unplug");
