@@ -9,7 +9,9 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "sandbox"))
 from cards import CARDS  # noqa: E402  (the path above makes the others' imports known)
 from checks import Checks  # noqa: E402
 from hand import QUIT, Hand  # noqa: E402
+from live import LiveRouter  # noqa: E402
 from picture import Picture  # noqa: E402
+from simulated import FASTEST, SLOWEST, SimulatedRouter  # noqa: E402
 from state import State  # noqa: E402
 from story import Story  # noqa: E402
 from views import Keyboard, LinesView, ScreenView  # noqa: E402
@@ -19,11 +21,10 @@ INTERRUPTED = 130
 README_SIZE = 80, 24
 
 
-def make_stage(card, speed):
-    if speed:
-        from simulated import SimulatedRouter
-        return SimulatedRouter(card, speed)
-    from live import LiveRouter
+def make_stage(arguments):
+    card = CARDS[arguments.card]
+    if arguments.speed or arguments.picture:
+        return SimulatedRouter(card, arguments.speed or FASTEST)
     return LiveRouter(card)
 
 
@@ -112,39 +113,59 @@ def show(arguments, stage):
 
 
 def draw(arguments, stage):
-    """The README's picture: the moment at which a dropped call is back."""
+    """The README's picture: the moment at which the story's last trouble but the plug is over."""
     from still import save
     run = Run(arguments, stage)
+    beat = next(beat for beat in reversed(run.tale.beats) if beat.word not in ("unplug", "return"))
     run.begin()
     with Keyboard() as keyboard:
-        while run.tale.told(run.tale.beats[-3]) is not True:
-            run.step(keyboard)
+        while run.tale.told(beat) is not True:
             rows = run.picture.screen(*README_SIZE, [])
+            run.step(keyboard)
     save(rows, README_SIZE, arguments.picture)
     return 0
 
 
+def speed(text):
+    number = float(text)
+    if not SLOWEST <= number <= FASTEST:
+        raise argparse.ArgumentTypeError(f"from {SLOWEST} to {FASTEST}")
+    return number
+
+
+def positive(text):
+    number = int(text)
+    if number < 1:
+        raise argparse.ArgumentTypeError("1 or more")
+    return number
+
+
 def read_arguments():
-    parser = argparse.ArgumentParser()
+    parser = argparse.ArgumentParser(prog="scripts/demo", add_help=False)
     parser.add_argument("--card", choices=CARDS, default="E362")
     parser.add_argument("--by-hand", action="store_true")
-    parser.add_argument("--for", dest="seconds", type=int, default=0)
-    parser.add_argument("--speed", type=float, default=0)
-    parser.add_argument("--picture")
-    return parser.parse_args()
+    parser.add_argument("--for", dest="seconds", type=positive, default=0)
+    parser.add_argument("--speed", type=speed, default=0)
+    parser.add_argument("--picture", metavar="FILE")
+    parser.add_argument("--check", action="store_true", help=argparse.SUPPRESS)  # only look
+    arguments = parser.parse_args()
+    if arguments.by_hand and (arguments.seconds or arguments.picture):
+        parser.error("--by-hand goes with neither --for nor --picture")
+    if arguments.by_hand and not (sys.stdin.isatty() and sys.stdout.isatty()):
+        parser.error("--by-hand needs a terminal")
+    return arguments
 
 
 def main():
     arguments = read_arguments()
-    if arguments.by_hand and not (sys.stdin.isatty() and sys.stdout.isatty()):
-        print("demo: --by-hand needs a terminal", file=sys.stderr)
-        return 2
+    if arguments.check:
+        return 0
     for number in (signal.SIGTERM, signal.SIGHUP):
         signal.signal(number, lambda number, _: sys.exit(128 + number))
     signal.signal(signal.SIGTSTP, signal.SIG_IGN)  # a stopped demo would leave its screen behind
     stage = None
     try:
-        stage = make_stage(CARDS[arguments.card], arguments.speed)
+        stage = make_stage(arguments)
         return (draw if arguments.picture else show)(arguments, stage)
     except KeyboardInterrupt:
         return INTERRUPTED if arguments.seconds else 0

@@ -11,14 +11,14 @@ SIGNAL_STEP = 4
 @dataclasses.dataclass(frozen=True)
 class Key:
     keys: tuple  # what the terminal sends
-    label: str  # as the help line shows it
+    label: str  # as the help line shows it, "" for a key that another one's label names
     action: str  # the method of Hand
     needs: str = ""  # what the card must be able to do
 
 
 KEYS = (
-    Key(("+", "=", "\x1b[A"), "+", "stronger"),
-    Key(("-", "_", "\x1b[B"), "- signal", "weaker"),
+    Key(("+", "=", "\x1b[A"), "+ - signal", "stronger"),
+    Key(("-", "_", "\x1b[B"), "", "weaker"),
     Key(("d",), "d drop call", "drop", "lte"),
     Key(("u",), "u unplug", "unplug"),
     Key(("i",), "i message in", "message_in", "sms"),
@@ -53,7 +53,7 @@ class Hand:
     def help(self):
         gone = not self.state.look.plugged
         return [row.label.replace("unplug", "plug in") if gone else row.label
-                for row in self.keys]
+                for row in self.keys if row.label]
 
     def stronger(self):
         self._set_signal(SIGNAL_STEP)

@@ -55,6 +55,7 @@ class LiveRouter(Stage):
         self.router.close()
 
     def start(self):
+        self.router.path("/etc/default").mkdir(exist_ok=True)
         self.router.write("/etc/default/modemd", f"DAEMON={WATCHED}\nCARD={self.card.option[1:]}\n"
                                                  f"DEVICE={DEVICE}\nPAUSE={RESTART_PAUSE}\n")
         self.router.write(WATCHED, WATCHED_TEXT)
@@ -84,6 +85,7 @@ class LiveRouter(Stage):
             now=time.monotonic() - self.started_at, log=log, heard=heard,
             files={path: router.read(path) if router.exists(path) else None
                    for path in self.card.files},
+            written={path: self._written(path) for path in self.card.files},
             address=self._address(), sent_bytes=self._counter("tx_bytes"),
             received_bytes=self._counter("rx_bytes"), plugged=plugged,
             running=exit_status == "", exit_status=int(exit_status) if exit_status else None,
@@ -115,6 +117,12 @@ class LiveRouter(Stage):
         except OSError:
             return ""
         return next((a for a in found if not a.startswith("127.")), "")
+
+    def _written(self, path):
+        try:
+            return os.stat(self.router.path(path)).st_mtime_ns
+        except OSError:
+            return None
 
     def _counter(self, name):
         return int(self.router.read(f"/sys/class/net/wwan0/statistics/{name}") or 0)

@@ -1,14 +1,16 @@
 """The picture of a run on a terminal, drawn with python3-rich: one screen, always in its place."""
 
-from rich.console import Group
+from itertools import zip_longest
+
 from rich.text import Text
 
+from cards import LOG
 from state import FULL_SIGNAL, LIGHTBAR, RESTART_PAUSE
 
 FRESH = 3  # seconds for which what changed is marked
 NARROWEST, LOWEST = 60, 20
 TALL = 32  # rows from which files have a line each and the story's times are shown
-LABEL = 12  # columns of the names at the left
+LABEL = 13  # columns of the names at the left
 BAR = FULL_SIGNAL  # one column for each step of the signal
 
 TITLE = "bold white on blue"
@@ -20,9 +22,15 @@ def seconds(time):
     return f"{int(time) // 60}:{int(time) % 60:02}"
 
 
+# What a modem or a message says must not move the terminal's cursor.
+HARMLESS = {byte: " " if byte < 0x20 else "?" for byte in (*range(0x20), *range(0x7f, 0xa0))}
+
+
 def row(*parts):
     """Parts are texts, or (text, style)."""
-    return Text.assemble(*parts, no_wrap=True, overflow="crop")
+    pairs = [(part, "") if isinstance(part, str) else part for part in parts]
+    pairs = [(text.translate(HARMLESS), style) for text, style in pairs]
+    return Text.assemble(*pairs, no_wrap=True, overflow="crop")
 
 
 def labelled(label, *parts):
@@ -51,9 +59,6 @@ class Picture:
         room = height - len(above) - len(below)
         log = self.log(width, max(room, 2))
         return self._fitted([*above, *log], width, height - len(below)) + below
-
-    def renderable(self, width, height, keys):
-        return Group(*self.screen(width, height, keys))
 
     @staticmethod
     def _fitted(rows, width, height):
@@ -153,13 +158,13 @@ class Picture:
         """The daemon's other figures of the signal, which differ from the bar by design."""
         value = self.state.value
         if value("CURRENT_RSSI") in ("-", "0"):
-            return labelled("", ("also told: -", FAINT))
-        ecio = value("CURRENT_ECIO")
-        told = f"also told: {value('CURRENT_RSSI')} dBm, and CURRENT_CSQ {value('CURRENT_CSQ')}" \
-               f" from {'it' if value('HIGHSPEED_CSQ') == value('CURRENT_CSQ') else 'the same'}"
-        if ecio not in ("-", "Unknown"):
-            told += f"; Ec/Io {ecio} dB"
-        return labelled("", (told, FAINT))
+            return labelled("also told", ("-", FAINT))
+        of_rssi = value("CURRENT_CSQ") == value("HIGHSPEED_CSQ")
+        told = f"RSSI {value('CURRENT_RSSI')} dBm; CURRENT_CSQ {value('CURRENT_CSQ')}," \
+               f" {'made of the RSSI' if of_rssi else 'as the bar'}"
+        if value("CURRENT_ECIO") not in ("-", "Unknown"):
+            told += f"; Ec/Io {value('CURRENT_ECIO')} dB"
+        return labelled("also told", (told, FAINT))
 
     def network(self):
         absent = self._absent()
@@ -184,10 +189,10 @@ class Picture:
         look = self.state.look
         word = (f"{'up' if look.call_up else 'DOWN':12}", GOOD if look.call_up else BAD)
         checked = self.state.checked_at
-        told = "the daemon has not asked yet"
+        asked = "not asked yet"
         if checked is not None:
-            told = f"the daemon was told {self.state.value('QMI_STATE')}," \
-                   f" asked {self.state.now - checked:.0f} s ago"
+            asked = f"asked {self.state.now - checked:.0f} s ago"
+        told = f"the daemon publishes {self.state.value('QMI_STATE')}, {asked}"
         return labelled("Call", word, (told, FAINT))
 
     def address(self):
@@ -210,27 +215,30 @@ class Picture:
 
     def files(self, width, tall):
         head = self._head("Status files in /var/log (* just changed)", width)
-        cells = [self.file_cell(path) for path in self.card.files]
         if tall:
-            return [head, *cells]
-        rows, half = [head], (len(cells) + 1) // 2
-        for left, right in zip(cells[:half], cells[half:] + [Text("")] * (half * 2 - len(cells))):
-            left.truncate(width // 2, pad=True)
-            rows.append(left + right)
-        return rows
+            return [head, *self._column(self.card.files, width)]
+        half = (len(self.card.files) + 1) // 2
+        left = self._column(self.card.files[:half], width // 2)
+        right = self._column(self.card.files[half:], width // 2)
+        return [head, *(a + b for a, b in zip_longest(left, right, fillvalue=Text("")))]
 
-    def file_cell(self, path):
+    def _column(self, paths, width):
+        longest = max(len(path) for path in paths) - len(LOG)
+        cells = [self._file(path, longest) for path in paths]
+        for cell in cells:
+            cell.truncate(width, pad=True)
+        return cells
+
+    def _file(self, path, name_width):
         text = self.state.look.files[path]
         changed = self.state.changed.get(path)
         fresh = changed is not None and self.state.now - changed < FRESH
-        if text is None:
-            shown = "-"
-        else:
-            lines = text.splitlines()
-            shown = lines[0] if len(lines) == 1 else f"{len(lines)} lines" if lines else "empty"
+        lines = (text or "").splitlines()
+        shown = "-" if text is None else "(empty)" if not lines else lines[0]
+        if len(lines) > 1:
+            shown = f"{len(lines)} lines"
         style = NEW if fresh else FAINT if text is None or self._absent() else ""
-        name = path.rsplit("/", 1)[1]
-        return row((f" {'*' if fresh else ' '} {name:24} {shown}", style))
+        return row((f"  {'*' if fresh else ' '} {path[len(LOG):]:{name_width}}  {shown}", style))
 
     def log(self, width, room):
         rows = [self._head("System log", width)]

@@ -9,7 +9,7 @@ ACTIVATION = "/var/log/wirelessactivation_status"
 LIGHTBAR = "/var/log/lightbar"
 FULL_SIGNAL = 31  # of +CSQ
 UNKNOWN = ("-", "Unknown")
-RESTART_PAUSE = 3  # seconds from the daemon's end to its next start; 20 on a router
+RESTART_PAUSE = 2  # seconds from the daemon's end to its next start; 20 on a router
 
 
 @dataclasses.dataclass
@@ -18,6 +18,7 @@ class Snapshot:
 
     now: float  # seconds since the daemon's first start
     files: dict  # path: text, None for a file that is not there
+    written: dict  # path: a stamp of its last write
     log: list
     heard: list  # command lines that reached the modem
     address: str  # of wwan0, "" for none
@@ -37,14 +38,13 @@ class State:
     def __init__(self):
         self.look = None
         self.changed = {}  # path: when its text last changed
+        self.written = {}  # path: when it was last written, perhaps with the same text
         self.log = []  # (when, line)
         self.statistics = {}
         self.starts = 0
         self.started_at = 0.0  # the daemon's last start
         self.ended_at = 0.0
         self.unplugged_at = 0.0
-        self.polled_at = -1.0  # the daemon's last question for the signal
-        self.registration_asked_at = -1.0
         self.checked_at = None  # the daemon's last question for the call
         self.sms_sent = 0
         self.modem_was_gone = False  # in this life of the daemon
@@ -54,13 +54,11 @@ class State:
         for path, text in look.files.items():
             if before is not None and before.files[path] != text:
                 self.changed[path] = look.now
+            if before is not None and before.written[path] != look.written[path]:
+                self.written[path] = look.now
         self._follow_daemon(before, look)
         for command in look.heard:
-            if command.startswith(("AT+CSQ", "AT+CIND?")):
-                self.polled_at = look.now
-            elif command in ("AT+CREG?", "AT+CEREG?"):
-                self.registration_asked_at = look.now
-            elif command == "AT$NWQMISTATUS":
+            if command == "AT$NWQMISTATUS":
                 self.checked_at = look.now
             elif command.startswith("AT+CMGS="):
                 self.sms_sent += 1
@@ -85,25 +83,25 @@ class State:
     def now(self):
         return self.look.now
 
-    def _is_known(self, asked_at):
-        """The daemon that runs now has asked for it, and the modem is still there."""
-        return self.look.plugged and self.look.running and asked_at >= self.started_at
+    def _tells_of_now(self, path):
+        """The daemon that runs now has written it, and its modem is still there."""
+        return (self.look.plugged and self.look.running
+                and self.written.get(path, -1.0) >= self.started_at)
 
     def value(self, key):
         """What the daemon tells of this modem, "-" for nothing."""
-        if not self._is_known(self.changed.get(STATISTICS, -1.0)):
+        if not self._tells_of_now(STATISTICS):
             return "-"
         return self.statistics.get("CELLMODEM_" + key, "") or "-"
 
     def activation(self):
-        """The registration, short; "-" while this daemon has not asked this modem for it."""
-        if not self._is_known(self.registration_asked_at):
-            return "-"
-        return (self.look.files[ACTIVATION] or "").strip() or "-"
+        """The registration in short, "-" for nothing."""
+        text = self.look.files.get(ACTIVATION)
+        return (text or "").strip() or "-" if self._tells_of_now(ACTIVATION) else "-"
 
     def csq(self):
         """The signal as the modem tells it, 0 to 31; None while nothing is known."""
-        if not self._is_known(self.polled_at):
+        if not self._tells_of_now(LIGHTBAR):
             return None
         found = re.search(r"\+CSQ: ?(\d+)", self.look.files[LIGHTBAR] or "")
         return int(found[1]) if found and int(found[1]) <= FULL_SIGNAL else None

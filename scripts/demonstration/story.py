@@ -7,7 +7,7 @@ happen, and it is over when the daemon has done its part, however long that take
 import dataclasses
 from typing import Callable
 
-from state import RESTART_PAUSE, SERIAL_NUMBER, STATISTICS, UNKNOWN
+from state import RESTART_PAUSE, SERIAL_NUMBER, UNKNOWN
 
 WEAK, STRONG = 4, 20  # of 31
 NUMBER = "+15550123"
@@ -81,9 +81,8 @@ def call_up(*_):
 
 
 def get_address(*_):
-    yield lambda state: state.look.address != ""
-    yield published("QMI_STATE", "CONNECTED")
-    yield stays(2)
+    yield lambda state: state.look.address != "" and state.checked_at is not None
+    yield stays(4)
 
 
 def weaken(stage, _):
@@ -129,7 +128,7 @@ def plug(stage, state):
     stage.plug()
     yield lambda state: state.look.plugged and state.look.running and state.starts > before
     yield knows_the_modem
-    yield lambda state: state.csq() is not None and state.value("LOWSPEED_CSQ") == str(state.csq())
+    yield lambda state: state.csq() is not None
     yield stays(1)
 
 
@@ -186,7 +185,7 @@ MESSAGE_OUT = Caption(
 UNPLUGGED = Caption(
     "Unplugged",
     "Somebody pulls the modem out.",
-    "cannot write to the port, asks for a reset, and ends.",
+    "counts 25 failed writes, asks for a reset, and ends.",
     "Modem and Daemon. The files are left over and tell nothing.")
 RETURN = Caption(
     "The modem's return",

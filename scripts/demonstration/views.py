@@ -8,6 +8,11 @@ import termios
 import time
 import tty
 
+from rich.console import Console, Group
+from rich.live import Live
+
+from picture import LABEL
+
 LONGEST_KEY = 8  # bytes that one key sends at most
 
 
@@ -43,8 +48,6 @@ class ScreenView:
     """The picture, drawn over itself."""
 
     def __init__(self, picture):
-        from rich.console import Console
-        from rich.live import Live
         self.console = Console()
         self.picture = picture
         picture.unicode = self.console.encoding.startswith("utf")
@@ -65,7 +68,6 @@ class ScreenView:
         if content == self.shown:  # nothing to send over a slow line
             return
         self.shown = content
-        from rich.console import Group
         self.live.update(Group(*rows), refresh=True)
 
 
@@ -109,10 +111,10 @@ class LinesView(contextlib.AbstractContextManager):
                    "daemon": "runs" if state.look.running
                    else f"ended with status {state.look.exit_status}",
                    "signal": "not known" if csq is None else f"{csq} of 31",
-                   "network": picture.network().plain[12:].rstrip()}
+                   "network": picture.network().plain[LABEL:].rstrip()}
         if picture.card.lte:
             current["call"] = "up" if state.look.call_up else "down"
             current["address"] = state.look.address or "none"
         if picture.card.sms:
-            current["messages"] = picture.messages().plain[12:]
+            current["messages"] = picture.messages().plain[LABEL:]
         return current

@@ -22,10 +22,17 @@ constexpr Duration kTimeToEnd = 60s;
 const char* const kKeptPlaces[] = {"/var/log", "/var/run", "/tmp/sms", "/tmp/udhcpc.wwan0.lfc",
                                    "/etc/kvt"};
 
-std::vector<std::pair<std::string, std::string>> ReadKeptFiles() {
-    std::vector<std::pair<std::string, std::string>> files;
+struct KeptFile {
+    std::string path;
+    std::string text;
+    fs::file_time_type written;
+};
+
+std::vector<KeptFile> ReadKeptFiles() {
+    std::vector<KeptFile> files;
     const auto keep = [&](const std::string& path) {
-        if (fs::is_regular_file(path)) files.emplace_back(path, World::File(path));
+        if (!fs::is_regular_file(path)) return;
+        files.push_back({path, World::File(path), fs::last_write_time(path)});
     };
     for (const char* place : kKeptPlaces) {
         std::error_code error;
@@ -109,7 +116,10 @@ void Lives::BeginLife() {
     world_->SetWallClock(wall);
     world_->SetUptime(uptime);
     world_->SetProcessId(process);
-    for (const auto& [path, text] : files) world_->WriteFile(path, text);
+    for (const KeptFile& file : files) {
+        world_->WriteFile(file.path, file.text);
+        fs::last_write_time(file.path, file.written);
+    }
     world_->Control(signal);
     if (call_was_up) world_->Control("call up");
     born_ = ended_;

@@ -65,6 +65,18 @@ demo::Table ContentOf(const std::vector<std::string>& paths) {
     return table;
 }
 
+// A stamp of the last write, for whoever wants to know whether there was one.
+demo::Table StampsOf(const std::vector<std::string>& paths) {
+    demo::Table table;
+    for (const std::string& path : paths) {
+        std::error_code error;
+        const auto time = std::filesystem::last_write_time(path, error).time_since_epoch();
+        table.emplace_back(
+            path, error ? std::nullopt : std::optional<std::string>(std::to_string(time.count())));
+    }
+    return table;
+}
+
 std::vector<std::string> ReceivedMessages() {
     std::vector<std::string> texts;
     for (const std::string& name : World::List(kReceiveFolder)) {
@@ -87,6 +99,7 @@ JsonLine Snapshot(Lives& lives, const std::vector<std::string>& files) {
     line.Add("received", ReceivedMessages());
     line.Add("waiting", World::List(kSendFolder));
     line.Add("files", ContentOf(files));
+    line.Add("written", StampsOf(files));
     return line;
 }
 
