@@ -1,0 +1,17 @@
+// modemctl: what the modem daemon knows, for the technician and the script. A subcommand is one
+// room; its row below is all that makes it known.
+#include <string>
+#include <vector>
+
+#include "modemctl/command_line.h"
+#include "modemctl/get.h"
+#include "modemctl/status.h"
+
+int main(int argc, char** argv) {
+    const std::vector<const modemctl::Subcommand*> subcommands = {
+        &modemctl::kStatusCommand,
+        &modemctl::kGetCommand,
+    };
+    const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
+    return modemctl::RunCommandLine(arguments, subcommands);
+}
