@@ -5,11 +5,13 @@
 
 #include "modemctl/command_line.h"
 #include "modemctl/get.h"
+#include "modemctl/log.h"
 #include "modemctl/status.h"
 
 int main(int argc, char** argv) {
     const std::vector<const modemctl::Subcommand*> subcommands = {
         &modemctl::kStatusCommand,
+        &modemctl::kLogCommand,
         &modemctl::kGetCommand,
     };
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);

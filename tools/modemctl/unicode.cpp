@@ -169,6 +169,32 @@ std::string Padded(const std::string& text, std::size_t columns) {
     return taken >= columns ? text : text + std::string(columns - taken, ' ');
 }
 
+std::vector<std::string> Wrapped(const std::string& text, std::size_t columns) {
+    std::vector<std::string> lines(1);
+    std::size_t taken = 0;
+    const auto new_line = [&] {
+        lines.emplace_back();
+        taken = 0;
+    };
+    for (std::size_t at = 0; at < text.size();) {
+        std::size_t end = text.find(' ', at);
+        if (end == std::string::npos) end = text.size();
+        const std::string word = text.substr(at, end - at);
+        if (taken > 0 && taken + 1 + Columns(word) > columns) new_line();
+        if (taken > 0) lines.back() += ' ';
+        taken += (taken > 0 ? 1 : 0);
+        for (std::size_t i = 0; i < word.size();) {
+            const CodePoint code = DecodeAt(word, i);
+            if (taken + ColumnsOf(code) > columns && taken > 0) new_line();
+            lines.back().append(word, i, code.length);
+            taken += ColumnsOf(code);
+            i += code.length;
+        }
+        at = end + 1;
+    }
+    return lines;
+}
+
 std::string JsonString(const std::string& foreign) {
     std::string quoted = "\"";
     for (std::size_t at = 0; at < foreign.size();) {

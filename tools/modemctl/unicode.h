@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace modemctl {
 
@@ -31,6 +32,8 @@ std::size_t Columns(const std::string& text);
 // Cut to so many columns, with a mark at the cut; filled with blanks by Padded.
 std::string Cut(const std::string& text, std::size_t columns);
 std::string Padded(const std::string& text, std::size_t columns);
+// Broken at blanks into lines of at most so many columns; a longer word is broken where it must.
+std::vector<std::string> Wrapped(const std::string& text, std::size_t columns);
 
 // For JSON: quotes included, always UTF-8; bytes that are none become U+FFFD. Controls and
 // invisible characters are written as \u escapes, since a document may be shown on a terminal, too.
