@@ -6,13 +6,14 @@
 #include "modemctl/command_line.h"
 #include "modemctl/get.h"
 #include "modemctl/log.h"
+#include "modemctl/metrics.h"
 #include "modemctl/status.h"
+#include "modemctl/why.h"
 
 int main(int argc, char** argv) {
     const std::vector<const modemctl::Subcommand*> subcommands = {
-        &modemctl::kStatusCommand,
-        &modemctl::kLogCommand,
-        &modemctl::kGetCommand,
+        &modemctl::kStatusCommand,  &modemctl::kWhyCommand, &modemctl::kLogCommand,
+        &modemctl::kMetricsCommand, &modemctl::kGetCommand,
     };
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
     return modemctl::RunCommandLine(arguments, subcommands);
