@@ -8,6 +8,7 @@
 #include "modemctl/log.h"
 #include "modemctl/metrics.h"
 #include "modemctl/status.h"
+#include "modemctl/watch.h"
 #include "modemctl/why.h"
 
 int main(int argc, char** argv) {

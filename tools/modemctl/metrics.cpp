@@ -25,15 +25,14 @@ namespace key = published::key;
 
 using Labels = std::vector<std::pair<const char*, std::string>>;
 
-// A label's value: quotes, backslashes and line feeds escaped, as the format wants them; of what
-// no terminal should see, the visible form.
+// A label's value. What no terminal should see is written in its visible form, and its backslashes
+// doubled as the format wants them.
 std::string Quoted(const std::string& value) {
     std::string quoted = "\"";
     for (const char c : Escaped(value, true)) {
-        if (c == '"') quoted += '\\';
+        if (c == '"' || c == '\\') quoted += '\\';
         quoted += c;
     }
-    // Escaped has doubled each backslash, and written a line feed as "\n", already.
     return quoted + "\"";
 }
 
@@ -94,6 +93,11 @@ class MetricsWriter {
     std::string text_;
 };
 
+std::string TextOf(const Statistics& statistics, const char* name) {
+    const Value value = statistics.Get(name);
+    return value.IsTold() ? value.text : "";
+}
+
 std::optional<double> AsDouble(const std::optional<long long>& value) {
     if (!value) return std::nullopt;
     return static_cast<double>(*value);
@@ -101,12 +105,12 @@ std::optional<double> AsDouble(const std::optional<long long>& value) {
 
 void AddIdentity(MetricsWriter& metrics, const Statistics& statistics) {
     metrics.Gauge("modem_info", "The modem, in its labels.");
-    metrics.Sample(1, {{"manufacturer", statistics.Get(key::kManufacturer).text},
-                       {"model", statistics.Get(key::kModel).text},
-                       {"firmware", statistics.Get(key::kFirmwareVersion).text}});
+    metrics.Sample(1, {{"manufacturer", TextOf(statistics, key::kManufacturer)},
+                       {"model", TextOf(statistics, key::kModel)},
+                       {"firmware", TextOf(statistics, key::kFirmwareVersion)}});
     metrics.Gauge("modem_network_info", "The network in use, in its labels.");
-    metrics.Sample(1, {{"carrier", statistics.Get(key::kCarrier).text},
-                       {"technology", statistics.Get(key::kServiceType).text}});
+    metrics.Sample(1, {{"carrier", TextOf(statistics, key::kCarrier)},
+                       {"technology", TextOf(statistics, key::kServiceType)}});
 }
 
 void AddSignal(MetricsWriter& metrics, const Statistics& statistics) {
