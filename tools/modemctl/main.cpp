@@ -12,10 +12,17 @@
 #include "modemctl/why.h"
 
 int main(int argc, char** argv) {
+    // In the order of the overview. clang-format would fill the lines.
+    // clang-format off
     const std::vector<const modemctl::Subcommand*> subcommands = {
-        &modemctl::kStatusCommand,  &modemctl::kWhyCommand, &modemctl::kLogCommand,
-        &modemctl::kMetricsCommand, &modemctl::kGetCommand,
+        &modemctl::kStatusCommand,
+        &modemctl::kWatchCommand,
+        &modemctl::kWhyCommand,
+        &modemctl::kLogCommand,
+        &modemctl::kMetricsCommand,
+        &modemctl::kGetCommand,
     };
+    // clang-format on
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
     return modemctl::RunCommandLine(arguments, subcommands);
 }
