@@ -243,8 +243,7 @@ const std::vector<Cause> kCauses = {
         "roaming included?"},
     {"registration_off", ChainPart::kRegistration,
         [](const Case& c) {
-            return Contains(c.chain[ChainPart::kRegistration].what, "Not Registered") ||
-                   Contains(c.chain[ChainPart::kRegistration].what, "Not Reg");
+            return Contains(c.chain[ChainPart::kRegistration].what, "Not Registered");
         },
         "The modem is not registered and does not search: its radio is off, or it has given up.",
         {kServiceChanged, kBadService}, AsksRegistration,

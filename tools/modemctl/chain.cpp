@@ -53,15 +53,33 @@ ChainLink JudgePort(const Snapshot& snapshot, long long max_age) {
     return Holds("the modem answers");
 }
 
+struct ShortForm {
+    const char* abbreviated;
+    const char* full;
+};
+
+constexpr ShortForm kRegistrations[] = {
+    {"Not Reg", "Not Registered, Not Searching"},
+    {"Reg Home", "Registered, Home Network"},
+    {"Searching", "Not registered, Searching"},
+    {"Reg Denied", "Registration Denied"},
+    {"Unkn Stat", "Status Unknown"},
+    {"Reg Roam", "Registered, Roaming"},
+};
+
 // As published with the statistics, or by the file of its own on cards that have only that.
 Value Registration(const Snapshot& snapshot) {
     const Value in_words = snapshot.statistics.Get(key::kCreg);
-    return in_words.IsTold() ? in_words : snapshot.registration.value;
+    if (in_words.IsTold()) return in_words;
+    Value registration = snapshot.registration.value;
+    for (const ShortForm& form : kRegistrations) {
+        if (registration.text == form.abbreviated) registration.text = form.full;
+    }
+    return registration;
 }
 
 bool IsRegistered(const Value& registration) {
-    return BeginsWith(registration.text, "Registered") ||
-           BeginsWith(registration.text, "Reg Home") || BeginsWith(registration.text, "Reg Roam");
+    return BeginsWith(registration.text, "Registered");
 }
 
 ChainLink JudgeSim(const Snapshot& snapshot) {
@@ -71,7 +89,10 @@ ChainLink JudgeSim(const Snapshot& snapshot) {
     if (BeginsWith(status.text, "Not ")) return Broken(status.text);
     if (id.IsTold()) return Holds("known to the modem");
     if (IsRegistered(Registration(snapshot))) return Holds("registered with it");
-    if (snapshot.card == Card::kLte) return Broken("the modem has not said that it is ready");
+    // Asked for only when the modem has said that the SIM is ready, and told with the next answer.
+    if (snapshot.card == Card::kLte && Registration(snapshot).IsTold()) {
+        return Broken("the modem has not said that it is ready");
+    }
     return Unknown("the modem has not told");
 }
 

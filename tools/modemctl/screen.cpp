@@ -99,7 +99,8 @@ void Screen::Draw(const std::vector<std::string>& lines) {
     for (std::size_t row = 0; row < rows; ++row) {
         const std::string line = row < lines.size() ? lines[row] : "";
         if (line == shown_[row]) continue;
-        changes += Format("\x1b[%d;1H", static_cast<int>(row) + 1) + line + kClearLine;
+        // Cleared first: behind a full line the cursor stands on its last character.
+        changes += Format("\x1b[%d;1H", static_cast<int>(row) + 1) + kClearLine + line;
         shown_[row] = line;
     }
     if (!changes.empty()) Print(changes);

@@ -117,11 +117,15 @@ class Watch {
             state_.snapshot.StatisticsFreshness(session_.max_age) == Freshness::kFresh;
         if (fresh && signal.strength != Strength::kUnknown) sample.permille = signal.permille;
         state_.history.Add(sample);
-        for (const Change& change : finder_.Look(state_.snapshot, state_.chain)) Tell(change);
-        tail_.Poll(session_.now, [this](const LogRecord& record) {
-            Tell(ChangeOf(record));
+        // What the log says came before its effect was seen.
+        std::vector<Change> changes = finder_.Look(state_.snapshot, state_.chain);
+        std::vector<Change> said;
+        tail_.Poll(session_.now, [&](const LogRecord& record) {
+            said.push_back(ChangeOf(record));
             return true;
         });
+        changes.insert(changes.begin(), said.begin(), said.end());
+        for (const Change& change : changes) Tell(change);
         MakeWhy();
     }
 
