@@ -46,9 +46,6 @@ struct LoopState {
     cCountdownTimer status_timer{0, kStatusPeriod};
 };
 
-// The answer to the signal query. Static: only the pages that an answer fills become memory.
-char g_signal_block[kReadSize + 1];
-
 [[noreturn]] void ResetAndExit() {
     ResetDevice();
     std::exit(-1);
@@ -107,7 +104,7 @@ void RunTimedWork() {
 int PollSignal() {
     SendCommandType(g_i_UseCind1 != 0 ? kSendIndicatorQuery : kSendSignalQuery);
     usleep(kSignalAnswerPause);
-    return ReadPort(g_signal_block, kReadSize);
+    return ReadPort(g_c_ReadBuffer, kReadSize);
 }
 
 void TakeSignalAnswer(char* block, int length) {
@@ -155,7 +152,7 @@ void RunOnePass(LoopState& state) {
         sleep(kSilencePause);
         return;
     }
-    TakeSignalAnswer(g_signal_block, length);
+    TakeSignalAnswer(g_c_ReadBuffer, length);
     PublishStatus(state.status_timer);
     KeepClock();
     checkLteStatus();

@@ -1,7 +1,4 @@
 // Transactions on the port, paced by sleeps, and the classification of what the main loop reads.
-//
-// The buffers are as large as a read may be, static, and only as much of them is touched as the
-// modem says: the pages behind it never become the daemon's memory.
 
 #include "modem/at_channel.h"
 
@@ -23,6 +20,7 @@ namespace {
 constexpr useconds_t kTerminatorPause = 20000;  // microseconds before and between CR and LF
 constexpr useconds_t kAnswerPause = 50000;      // microseconds between two reads of an answer
 constexpr unsigned kCannedCommandPause = 1;     // seconds
+constexpr std::size_t kRoomBehindLine = 64;
 
 // What a driver has taken only a piece of is finished within a second, or counts as failed.
 constexpr useconds_t kWritePause = 20000;  // microseconds
@@ -66,9 +64,6 @@ const char* CannedCommand(int type) {
     }
 }
 
-// Where the transactions read; each has used it up before the next one begins.
-char g_transaction_buffer[kReadSize + 1];
-
 // Writes the rest of what the driver has begun to take. A message body that lost its Ctrl-Z would
 // leave the modem at its prompt, where it eats the next commands.
 bool FinishWrite(const char* data, std::size_t size) {
@@ -105,6 +100,8 @@ char* CutAtLineEnd(char* line) {
 
 }  // namespace
 
+char g_c_ReadBuffer[kReadSize + 1];
+
 int ReadPort(char* buffer, int size) {
     buffer[0] = '\0';
     int waiting = 0;
@@ -139,8 +136,8 @@ void SendCommandType(int type) {
 }
 
 std::string ReadUnsolicited() {
-    if (ReadPort(g_transaction_buffer, kReadSize) <= 0) return "";
-    std::string text = g_transaction_buffer;
+    if (ReadPort(g_c_ReadBuffer, kReadSize) <= 0) return "";
+    std::string text = g_c_ReadBuffer;
     if (IsDebug()) {
         for (const std::string& piece : cStringTokenizer(text, '\n')) {
             if (piece.size() > 3) Log("Unsolicited message: %s", piece.c_str());
@@ -150,7 +147,7 @@ std::string ReadUnsolicited() {
 }
 
 void DiscardWaiting() {
-    ReadPort(g_transaction_buffer, kReadSize);
+    ReadPort(g_c_ReadBuffer, kReadSize);
 }
 
 std::string SendAtCommand(const std::string& command, unsigned wait_seconds) {
@@ -170,9 +167,9 @@ std::string SendAtCommand(const std::string& command, unsigned wait_seconds) {
 
     std::size_t received = 0;  // more than is kept when the modem sends zero bytes
     for (int reads = 0; reads < kMostReads && received <= kLongestAnswer; ++reads) {
-        const int count = ReadPort(g_transaction_buffer, kReadSize);
+        const int count = ReadPort(g_c_ReadBuffer, kReadSize);
         if (count <= 0) break;
-        result += g_transaction_buffer;
+        result += g_c_ReadBuffer;
         LogDebug("read %d bytes from port", count);
         received += static_cast<std::size_t>(count);
         usleep(kAnswerPause);
@@ -190,12 +187,12 @@ void MassageBlock(char* block, int length) {
 }
 
 int IdentifyMessage(const char* block, int length, char** line) {
-    // The room behind a full block is for the CIND converter, which rewrites the line in place and
-    // may need more characters than were left of it.
-    static char copy[kReadSize + 64];
-    const auto size = static_cast<std::size_t>(std::clamp(length, 0, kReadSize));
-    std::memcpy(copy, block, size);
-    copy[size] = '\0';
+    // Kept for the caller until the next call. The room behind the block is for the CIND converter,
+    // which rewrites the line in place and may need more characters than were left of it.
+    static std::string kept;
+    kept.assign(block, static_cast<std::size_t>(std::clamp(length, 0, kReadSize)));
+    kept.append(kRoomBehindLine, '\0');
+    char* const copy = kept.data();
 
     if (char* signal = std::strstr(copy, "+CSQ:")) {
         *line = CutAtLineEnd(signal);

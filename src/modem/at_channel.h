@@ -10,6 +10,10 @@
 // A read asks for at most this many bytes; the buffers have one more, so that a zero follows.
 constexpr int kReadSize = 0x20000;
 
+// The one read buffer. Whoever reads has used up what is in it before anybody reads again. Only the
+// pages that an answer fills become memory.
+extern char g_c_ReadBuffer[kReadSize + 1];
+
 // The canned commands of the command writer; any other value sends "AT".
 enum AtCommandType : int {
     kSendAt = 1,

@@ -17,7 +17,7 @@ void LogValue(int number, const std::string& value, int start, int expected_leng
 
 }  // namespace
 
-int ExtractAfterNeedle(const std::string& line, const std::string& needle, std::string& value) {
+int ExtractAfterNeedle(const std::string& line, std::string_view needle, std::string& value) {
     const auto found = line.find(needle);
     if (found == std::string::npos) return 0;
     const auto position = static_cast<int>(found);
@@ -30,8 +30,8 @@ int ExtractAfterNeedle(const std::string& line, const std::string& needle, std::
     return 1;
 }
 
-int ExtractAroundNeedles(const std::string& line, const std::string& needle1,
-                         const std::string& needle2, std::string& value1, std::string& value2) {
+int ExtractAroundNeedles(const std::string& line, std::string_view needle1,
+                         std::string_view needle2, std::string& value1, std::string& value2) {
     const auto found1 = line.find(needle1);
     const auto found2 = line.find(needle2);
     if (found1 == std::string::npos || found2 == std::string::npos) return 0;

@@ -2,15 +2,16 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 // The value becomes the rest of the line behind the needle. Returns 1, or 0 with the value
 // untouched when the line does not hold the needle.
-int ExtractAfterNeedle(const std::string& line, const std::string& needle, std::string& value);
+int ExtractAfterNeedle(const std::string& line, std::string_view needle, std::string& value);
 
 // For "LABEL1 value1 LABEL2 value2" lines. Returns 1, or 0 with both values untouched when a
 // needle is missing. value1 is exact only when needle1 begins the line; see the implementation.
-int ExtractAroundNeedles(const std::string& line, const std::string& needle1,
-                         const std::string& needle2, std::string& value1, std::string& value2);
+int ExtractAroundNeedles(const std::string& line, std::string_view needle1,
+                         std::string_view needle2, std::string& value1, std::string& value2);
 
 // The text behind "+CMS ERROR: ". Returns 1, or 0 with the code untouched.
 int GetCmsErrorCode(const std::string& text, std::string& code);

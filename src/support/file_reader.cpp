@@ -41,7 +41,7 @@ bool ReadTextFile(const std::string& path, LastCharacter last, std::string& text
     const int fd = OpenUnlessDevice(path, is_device);
     if (fd < 0 || is_device) return fd >= 0;
 
-    char piece[4096];
+    char piece[1024];
     ssize_t count = TypeOf(fd) == S_IFREG ? read(fd, piece, sizeof(piece)) : 0;
     while (count > 0 && text.size() < kLongestTextFile) {
         text.append(piece, static_cast<std::size_t>(count));

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 // printf into a string of whatever length it takes.
 std::string Format(const char* format, ...) __attribute__((format(printf, 1, 2)));
@@ -18,8 +19,8 @@ void Trim(std::string& text);
 void TrimLeft(std::string& text);
 void ToLower(std::string& text);
 
-inline bool Contains(const std::string& text, const std::string& wanted) {
-    return text.find(wanted) != std::string::npos;
+inline bool Contains(std::string_view text, std::string_view wanted) {
+    return text.find(wanted) != std::string_view::npos;
 }
 
 // Decimal digits only, except that the first character may be "-". The empty text and a lone "-"

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <numeric>
 
 namespace {
 
@@ -59,7 +58,9 @@ void cTextFileWriter::InsertLine(const std::string& line, size_type index) {
 }
 
 std::string cTextFileWriter::Text() const {
-    return std::accumulate(begin(), end(), std::string());
+    std::string text;
+    for (const std::string& line : *this) text += line;
+    return text;
 }
 
 bool cTextFileWriter::WriteFile() const {
