@@ -32,8 +32,8 @@ PYTEST_TOTAL = re.compile(r"^(?:gw\d+ \[|collected )(\d+)")
 class Case:
     name: str
     seconds: float
-    outcome: str  # "passed", "failed" or "left out"
-    words: str = ""  # why it failed or was left out
+    outcome: str  # "passed", "failed" or "skipped"
+    words: str = ""  # why it failed or was skipped
     output: str = ""
 
 
@@ -116,9 +116,9 @@ class Runner:
             if child.tag in ("failure", "error"):
                 outcome, words = "failed", child.text or child.get("message", "")
             elif child.tag == "skipped":
-                outcome, words = "left out", child.get("message", "")
+                outcome, words = "skipped", child.get("message", "")
         return Case(self.name_of(case), float(case.get("time", 0)), outcome, words,
-                    case.findtext("system-out") or "")
+                    "".join(case.findtext(tag) or "" for tag in ("system-out", "system-err")))
 
 
 class Ctest(Runner):
@@ -128,7 +128,7 @@ class Ctest(Runner):
         found = CTEST_LINE.match(line)
         if found:
             progress.expect("ctest", int(found[1]))
-            outcome = {"Passed": "passed", "Skipped": "left out"}.get(found[4], "failed")
+            outcome = {"Passed": "passed", "Skipped": "skipped"}.get(found[4], "failed")
             progress.add(found[2], outcome)
 
     @staticmethod
@@ -137,7 +137,7 @@ class Ctest(Runner):
 
     def read(self, case):
         read = super().read(case)
-        if read.outcome == "left out":  # CTest tells the status only; the program told why
+        if read.outcome == "skipped":  # CTest tells the status only; the program told why
             read.words = read.output
         return read
 
@@ -151,7 +151,7 @@ class Pytest(Runner):
             progress.expect("pytest", int(total[1]))
         found = PYTEST_LINE.match(line)
         if found:
-            outcome = {"PASSED": "passed", "SKIPPED": "left out"}.get(found[1], "failed")
+            outcome = {"PASSED": "passed", "SKIPPED": "skipped"}.get(found[1], "failed")
             progress.add(found[2], outcome)
 
     @staticmethod
@@ -206,16 +206,16 @@ def show_failed(cases):
             print(f"---- FAIL {case.name}\n{text}\n----")
 
 
-def show_left_out(cases):
+def show_skipped(cases):
     """How many of each program or file, and why: a machine without namespaces cannot run them."""
     reasons = {}
     for case in cases:
-        if case.outcome == "left out":
+        if case.outcome == "skipped":
             group = case.name.rsplit(".", 2)[0]
             counts = reasons.setdefault(case.words.strip(), {})
             counts[group] = counts.get(group, 0) + 1
     for reason, counts in reasons.items():
-        print(f"LEFT OUT, {sum(counts.values())} tests: "
+        print(f"SKIPPED, {sum(counts.values())} tests: "
               + ", ".join(f"{group} ({count})" for group, count in counts.items()))
         print("\n".join(f"    {line}" for line in reason.splitlines()))
 
@@ -228,7 +228,7 @@ def show_sum(cases, seconds):
     slowest = sorted(cases, key=lambda case: -case.seconds)[:SLOWEST]
     print(f"{len(cases)} tests in {seconds:.0f} s; the slowest: "
           + ", ".join(f"{case.name} {case.seconds:.1f} s" for case in slowest))
-    show_left_out(cases)
+    show_skipped(cases)
 
 
 def main():
@@ -237,7 +237,7 @@ def main():
     parser.add_argument("--jobs", type=int, default=os.cpu_count() or 2, help="for CTest")
     parser.add_argument("--match", action="append", default=[], help="part of a test's name")
     parser.add_argument("--failed", action="store_true", help="only what failed last time")
-    parser.add_argument("--tally", type=pathlib.Path, help='gets "PASSED FAILED LEFT-OUT"')
+    parser.add_argument("--tally", type=pathlib.Path, help='gets "PASSED FAILED SKIPPED"')
     parser.add_argument("kinds", nargs="+", choices=("unit", "scenarios", "system", "style"))
     arguments = parser.parse_args()
 
@@ -254,7 +254,7 @@ def main():
     show_failed(cases)
     show_sum(cases, time.monotonic() - progress.started)
     counts = [sum(case.outcome == outcome for case in cases)
-              for outcome in ("passed", "failed", "left out")]
+              for outcome in ("passed", "failed", "skipped")]
     if not cases:
         print("nothing had failed" if arguments.failed else "no test has such a name")
     if arguments.tally:

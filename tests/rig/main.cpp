@@ -20,7 +20,7 @@ std::string ReportFolder() {
     return std::filesystem::absolute(output.substr(colon + 1)).parent_path();
 }
 
-// On a developer's machine a test that cannot be run there is left out and named as such; a machine
+// On a developer's machine a test that cannot be run there is skipped and named; a machine
 // that decides about a change must run them all.
 int WithoutPrivateRoot() {
     return std::getenv("CI") != nullptr ? EXIT_FAILURE : rig::kNoPrivateRoot;

@@ -11,7 +11,7 @@
 namespace rig {
 
 // What RunInPrivateRoot returns where such a root cannot be had. CTest counts a test that ends with
-// it as left out, see cmake/discover_cases.cmake.
+// it as skipped, see cmake/discover_cases.cmake.
 constexpr int kNoPrivateRoot = 77;
 
 // Runs `body` in such a root, as a process of its own, and returns its exit status; kNoPrivateRoot,

@@ -54,10 +54,10 @@ def pytest_collection_modifyitems(config, items):
     chosen = set(items)
     items[:] = [item for item in everything
                 if item in chosen or (step_of(item) or 1000) <= last.get(item.cls, 0)]
-    leave_out_what_cannot_run(items)
+    skip_what_cannot_run(items)
 
 
-def leave_out_what_cannot_run(items):
+def skip_what_cannot_run(items):
     """On a developer's machine; one that decides about a change (CI) must run them all."""
     if "CI" in os.environ or all(item.path.stem == "test_style" for item in items):
         return

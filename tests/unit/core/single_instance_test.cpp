@@ -65,11 +65,14 @@ TEST_F(SingleInstance, ACopyRunsWhenItsPathHoldsTheName) {
 
 TEST_F(SingleInstance, OnlyTheFirstElementOfTheCommandLineCounts) {
     int ready[2] = {-1, -1};
+    int silent[2] = {-1, -1};
     ASSERT_EQ(pipe(ready), 0);
+    ASSERT_EQ(pipe(silent), 0);
     const pid_t child = fork();
     if (child == 0) {
         dup2(ready[1], 1);
-        execl("/bin/sh", "started-as", "-c", "echo; sleep 60; :", "modemd", nullptr);
+        dup2(silent[0], 0);
+        execl("/bin/sh", "started-as", "-c", "echo; read word; :", "modemd", nullptr);
         _exit(1);
     }
     char byte = 0;
@@ -78,8 +81,7 @@ TEST_F(SingleInstance, OnlyTheFirstElementOfTheCommandLineCounts) {
     EXPECT_FALSE(IsRunningCopy(child, "modemd"));
     kill(child, SIGKILL);
     waitpid(child, nullptr, 0);
-    close(ready[0]);
-    close(ready[1]);
+    for (const int end : {ready[0], ready[1], silent[0], silent[1]}) close(end);
 }
 
 TEST_F(SingleInstance, NobodyRunsUnderTheIdOfAnEndedProcess) {
