@@ -259,6 +259,9 @@ def main():
         print("nothing had failed" if arguments.failed else "no test has such a name")
     if arguments.tally:
         arguments.tally.write_text(" ".join(map(str, counts)) + "\n")
+    else:
+        print(f"{counts[0]} passed, {counts[1]} failed"
+              + (f", {counts[2]} skipped" if counts[2] else ""))
     return 1 if counts[1] or not (cases or arguments.failed) else 0
 
 
