@@ -79,9 +79,11 @@ class CarelessParent(unittest.TestCase):
         self.assertFalse([line for line in self.router.log() if "does not appear to exist" in line])
 
     def test_published_files_are_for_everybody_to_read_and_nobody_to_write(self):
-        modes = self.router.shell("stat -c %a /var/log/wireless.cardstats /var/log/lightbar"
-                                  " /tmp/udhcpc.wwan0.lfc /var/run/modemd.pid").split()
-        self.assertEqual(modes, ["644"] * 4)
+        files = ("/var/log/wireless.cardstats", "/var/log/lightbar", "/tmp/udhcpc.wwan0.lfc",
+                 "/var/run/modemd.pid")
+        for path in files:
+            self.router.wait_for(lambda path=path: self.router.exists(path), path)
+        self.assertEqual(self.router.shell(f"stat -c %a {' '.join(files)}").split(), ["644"] * 4)
 
 
 if __name__ == "__main__":
