@@ -1,5 +1,6 @@
-# Every target of the project links one of these two interface libraries:
-# modemd_warnings (all code) and modemd_hardening (what is installed).
+# Every target of the project links modemd_warnings; what is installed links modemd_hardening, too.
+# Optimised builds (Release, MinSizeRel) are hardened; MinSizeRel gives up what only size pays for.
+include(CheckCXXCompilerFlag)
 
 add_library(modemd_warnings INTERFACE)
 target_compile_options(modemd_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
@@ -7,7 +8,21 @@ if(MODEMD_WERROR)
     target_compile_options(modemd_warnings INTERFACE -Werror)
 endif()
 
+# Sizes and times in 64 bits: a 32-bit C library needs to be told, by all who share its structures.
+add_library(modemd_64_bits INTERFACE)
+target_compile_definitions(modemd_64_bits INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
+
 add_library(modemd_hardening INTERFACE)
+
+# Flags that not every processor's compiler knows. A warning counts as a refusal.
+function(add_if_known flag name)
+    set(CMAKE_REQUIRED_FLAGS -Werror)
+    check_cxx_compiler_flag(${flag} ${name})
+    if(${name})
+        target_compile_options(modemd_hardening INTERFACE ${flag})
+    endif()
+endfunction()
+
 if(MODEMD_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined
                         -fno-omit-frame-pointer -g -O1)
@@ -15,11 +30,33 @@ if(MODEMD_SANITIZE)
 elseif(MODEMD_COVERAGE)
     add_compile_options(--coverage -fprofile-update=atomic -O0 -g)
     add_link_options(--coverage)
-elseif(CMAKE_BUILD_TYPE STREQUAL "Release")
+elseif(CMAKE_BUILD_TYPE MATCHES "^(Release|MinSizeRel)$")
     target_compile_options(modemd_hardening INTERFACE
-        -fPIE -fstack-protector-strong -fstack-clash-protection
-        -ffunction-sections -fdata-sections
+        -fPIE -fstack-protector-strong -ffunction-sections -fdata-sections
         -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+    add_if_known(-fstack-clash-protection MODEMD_KNOWS_STACK_CLASH_PROTECTION)
     target_link_options(modemd_hardening INTERFACE
-        -pie -Wl,-z,relro,-z,now -Wl,-z,noexecstack -Wl,--gc-sections -Wl,--as-needed)
+        -Wl,-z,relro,-z,now -Wl,-z,noexecstack -Wl,--gc-sections -Wl,--as-needed)
+endif()
+
+# How the daemon itself is compiled and linked. The small one is optimised as a whole, stripped, and
+# built without tables for exceptions: it catches none, so one ends it with or without them.
+add_library(modemd_shipped INTERFACE)
+target_link_libraries(modemd_shipped INTERFACE modemd_hardening)
+if(CMAKE_BUILD_TYPE STREQUAL "MinSizeRel")
+    set(MODEMD_SMALL ON)
+    set(small -fno-exceptions -fno-rtti -fno-unwind-tables -fno-asynchronous-unwind-tables -flto)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        list(APPEND small -flto-partition=one)
+    endif()
+    target_compile_options(modemd_shipped INTERFACE ${small})
+    target_link_options(modemd_shipped INTERFACE ${small} -Os -s)
+endif()
+if(CMAKE_BUILD_TYPE MATCHES "^(Release|MinSizeRel)$" AND NOT MODEMD_STATIC STREQUAL "ALL")
+    target_link_options(modemd_shipped INTERFACE -pie)
+endif()
+if(MODEMD_STATIC STREQUAL "ALL")
+    target_link_options(modemd_shipped INTERFACE ${MODEMD_STATIC_FLAGS})
+elseif(MODEMD_STATIC)
+    target_link_options(modemd_shipped INTERFACE -static-libstdc++ -static-libgcc)
 endif()

@@ -21,6 +21,10 @@ namespace sms_label = published::sms_label;
 
 namespace {
 
+// A file whose status does not fit its structure would count as one of 1970, and be deleted.
+static_assert(sizeof(time_t) == 8 && sizeof(off_t) == 8,
+              "on 32 bits: -D_FILE_OFFSET_BITS=64 -D_TIME_BITS=64, glibc 2.34 or musl 1.2");
+
 constexpr std::int64_t kMostSeconds = 86400;  // a file's life in the spool
 constexpr int kMostMinutes = 1440;            // the same, as the log shows it
 

@@ -43,15 +43,15 @@ std::uint32_t cCountdownTimer::GetElapsed() {
 
 const char* cCountdownTimer::FormatElapsed() {
     const std::uint32_t elapsed = GetElapsed();
-    const long s = unit_ == 1 ? elapsed / 1000 : elapsed;
-    const long days = s / 86400;
-    const long hours = s / 3600 - days * 24;
-    const long minutes = (s / 60) % 60;
+    const std::uint32_t s = unit_ == 1 ? elapsed / 1000 : elapsed;
+    const std::uint32_t days = s / 86400;
+    const std::uint32_t hours = s / 3600 - days * 24;
+    const std::uint32_t minutes = (s / 60) % 60;
     if (days != 0) {
-        std::snprintf(text_, sizeof(text_), " %ld Days, %2.2ld:%2.2ld:%2.2ld ", days, hours,
-                      minutes, s % 60);
+        std::snprintf(text_, sizeof(text_), " %u Days, %2.2u:%2.2u:%2.2u ", days, hours, minutes,
+                      s % 60);
     } else {
-        std::snprintf(text_, sizeof(text_), " %2.2ld:%2.2ld:%2.2ld ", hours, minutes, s % 60);
+        std::snprintf(text_, sizeof(text_), " %2.2u:%2.2u:%2.2u ", hours, minutes, s % 60);
     }
     return text_;
 }

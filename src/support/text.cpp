@@ -66,7 +66,7 @@ bool IsStillUnknown(const std::string& text) {
 }
 
 int ToInt(const std::string& text) {
-    return static_cast<int>(std::strtol(text.c_str(), nullptr, 10));
+    return static_cast<int>(std::strtoll(text.c_str(), nullptr, 10));
 }
 
 std::string LocalTime(const char* strftime_format, std::size_t room) {

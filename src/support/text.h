@@ -30,8 +30,8 @@ bool IsInteger(const std::string& text);
 // A text field that the modem has not filled yet: empty or "Unknown".
 bool IsStillUnknown(const std::string& text);
 
-// Leading decimal number of the text, 0 when there is none. A number that does not fit a long is
-// cut to its limits first, so the result is defined for any input.
+// Leading decimal number of the text, 0 when there is none. A number that does not fit 64
+// bits is cut to their limits first: the result is defined, and on every processor the same.
 int ToInt(const std::string& text);
 
 // The current local time through strftime; empty when it needs more than room - 1 characters.

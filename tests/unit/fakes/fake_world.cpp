@@ -16,6 +16,7 @@
 #include <sstream>
 
 #include "fakes/fixture.h"
+#include "fakes/libc.h"
 #include "machine/own_folder.h"
 #include "sms/receive.h"
 #include "state/settings.h"
@@ -104,14 +105,14 @@ int system(const char* command) {
     return status != g_world->shell_status.end() ? status->second : 0;
 }
 
-time_t time(time_t* result) noexcept {
+time_t time(time_t* result) LIBC_NOEXCEPT {
     const auto now =
         static_cast<time_t>(g_world != nullptr ? g_world->now_us / 1000000 : 1773479700);
     if (result != nullptr) *result = now;
     return now;
 }
 
-int gettimeofday(timeval* now, void*) noexcept {
+int gettimeofday(timeval* now, void*) LIBC_NOEXCEPT {
     const std::int64_t microseconds = g_world != nullptr ? g_world->now_us : 1773479700000000;
     now->tv_sec = microseconds / 1000000;
     now->tv_usec = microseconds % 1000000;

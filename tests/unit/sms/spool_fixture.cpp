@@ -1,25 +1,27 @@
 #include "sms/spool_fixture.h"
 
 #include <dirent.h>
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdarg>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <map>
 #include <set>
+
+#include "fakes/libc.h"
 
 namespace {
 
 constexpr char kSpool[] = "/tmp/sms";
 constexpr uid_t kSomebody = 54321;
 
-std::string g_root;                 // stands for /tmp; empty between tests
-std::map<std::string, long> g_age;  // seconds, by the daemon's path
-std::set<std::string> g_foreign;    // paths that belong to kSomebody
+std::string g_root;                        // stands for /tmp; empty between tests
+std::map<std::string, std::time_t> g_age;  // seconds, by the daemon's path
+std::set<std::string> g_foreign;           // paths that belong to kSomebody
 
 std::string Lead(const char* path) {
     const std::string asked = path;
@@ -27,22 +29,18 @@ std::string Lead(const char* path) {
     return in_spool ? g_root + asked.substr(sizeof("/tmp") - 1) : asked;
 }
 
-template <typename Function>
-Function* Libc(const char* name) {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
 // The status as the test's world has it: owner and time of the last change.
 void Dress(const char* path, struct stat& status) {
     if (g_root.empty()) return;
     const auto age = g_age.find(path);
-    const long now = static_cast<long>(fake::Current().now_us / 1000000);
+    const auto now = static_cast<std::time_t>(fake::Current().now_us / 1000000);
     status.st_ctime = now - (age != g_age.end() ? age->second : 0);
     if (g_foreign.count(path) > 0) status.st_uid = kSomebody;
 }
 
 }  // namespace
 
+// Each by the call that stands behind it, which nobody has replaced.
 extern "C" {
 
 int open(const char* path, int flags, ...) {
@@ -50,30 +48,26 @@ int open(const char* path, int flags, ...) {
     va_start(arguments, flags);
     const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
-    static auto* const real = Libc<int(const char*, int, ...)>("open");
-    return real(Lead(path).c_str(), flags, mode);
+    return openat(AT_FDCWD, Lead(path).c_str(), flags, mode);
 }
 
 DIR* opendir(const char* path) {
-    static auto* const real = Libc<DIR*(const char*)>("opendir");
-    return real(Lead(path).c_str());
+    const int fd = openat(AT_FDCWD, Lead(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    return fd != -1 ? fdopendir(fd) : nullptr;
 }
 
-int unlink(const char* path) noexcept {
-    static auto* const real = Libc<int(const char*)>("unlink");
-    return real(Lead(path).c_str());
+int unlink(const char* path) LIBC_NOEXCEPT {
+    return unlinkat(AT_FDCWD, Lead(path).c_str(), 0);
 }
 
-int stat(const char* path, struct stat* status) noexcept {
-    static auto* const real = Libc<int(const char*, struct stat*)>("stat");
-    const int result = real(Lead(path).c_str(), status);
+int stat(const char* path, struct stat* status) LIBC_NOEXCEPT {
+    const int result = fstatat(AT_FDCWD, Lead(path).c_str(), status, 0);
     if (result == 0) Dress(path, *status);
     return result;
 }
 
-int lstat(const char* path, struct stat* status) noexcept {
-    static auto* const real = Libc<int(const char*, struct stat*)>("lstat");
-    const int result = real(Lead(path).c_str(), status);
+int lstat(const char* path, struct stat* status) LIBC_NOEXCEPT {
+    const int result = fstatat(AT_FDCWD, Lead(path).c_str(), status, AT_SYMLINK_NOFOLLOW);
     if (result == 0) Dress(path, *status);
     return result;
 }
@@ -125,7 +119,7 @@ void SpoolTest::Link(const std::string& target, const std::string& path) {
     std::filesystem::create_symlink(target, Real(path));
 }
 
-void SpoolTest::SetAge(const std::string& path, long seconds) {
+void SpoolTest::SetAge(const std::string& path, std::time_t seconds) {
     g_age[path] = seconds;
 }
 

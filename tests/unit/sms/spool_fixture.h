@@ -2,6 +2,7 @@
 // deletes is led into the test's folder, so that no test touches the machine's spool.
 #pragma once
 
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -27,7 +28,7 @@ class SpoolTest : public fake::DaemonTest {
 
     // The file's status changed so many seconds before the test's now. A file that was given no
     // age has just changed.
-    static void SetAge(const std::string& path, long seconds);
+    static void SetAge(const std::string& path, std::time_t seconds);
     // The path belongs to a user who is neither root nor the daemon's.
     static void GiveToSomebody(const std::string& path);
     // With all that is in it.

@@ -3,12 +3,12 @@
 #include <fcntl.h>
 #include <stdio.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdarg>
 #include <iterator>
+
+#include "fakes/libc.h"
 
 namespace {
 
@@ -31,7 +31,7 @@ void NoteStep(const char* step, const char* path, const std::string& real_path) 
 int OpenRealPath(const char* path, int flags, mode_t mode) {
     const std::string real_path = RealPath(path);
     if ((flags & O_ACCMODE) != O_RDONLY) NoteStep("write ", path, real_path);
-    return static_cast<int>(syscall(SYS_openat, AT_FDCWD, real_path.c_str(), flags, mode));
+    return openat(AT_FDCWD, real_path.c_str(), flags, mode);
 }
 
 }  // namespace
@@ -50,11 +50,10 @@ int open(const char* path, int flags, ...) {
     return OpenRealPath(path, flags, mode);
 }
 
-int rename(const char* from, const char* to) noexcept {
+int rename(const char* from, const char* to) LIBC_NOEXCEPT {
     const std::string real_to = RealPath(to);
     NoteStep("rename ", to, real_to);
-    return static_cast<int>(
-        syscall(SYS_renameat, AT_FDCWD, RealPath(from).c_str(), AT_FDCWD, real_to.c_str()));
+    return renameat(AT_FDCWD, RealPath(from).c_str(), AT_FDCWD, real_to.c_str());
 }
 
 }  // extern "C"

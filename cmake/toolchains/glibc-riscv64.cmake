@@ -1,0 +1,4 @@
+set(TRIPLE riscv64-linux-gnu)
+set(PROCESSOR riscv64)
+set(QEMU riscv64)
+include("${CMAKE_CURRENT_LIST_DIR}/glibc.cmake")
