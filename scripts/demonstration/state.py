@@ -9,7 +9,7 @@ ACTIVATION = "/var/log/wirelessactivation_status"
 LIGHTBAR = "/var/log/lightbar"
 FULL_SIGNAL = 31  # of +CSQ
 UNKNOWN = ("-", "Unknown")
-RESTART_PAUSE = 2  # seconds from the daemon's end to its next start; 20 on a router
+RESTART_PAUSE = 3  # seconds from the daemon's end to its next start; 20 on a router
 
 
 @dataclasses.dataclass
@@ -18,7 +18,7 @@ class Snapshot:
 
     now: float  # seconds since the daemon's first start
     files: dict  # path: text, None for a file that is not there
-    written: dict  # path: a stamp of its last write
+    written: dict  # path: differs after each write
     log: list
     heard: list  # command lines that reached the modem
     address: str  # of wwan0, "" for none
@@ -111,7 +111,7 @@ class State:
 
     def ended_without_reason(self):
         """The daemon may end when its modem is gone, and else never."""
-        return self.starts > 0 and not self.look.running and not self.modem_was_gone
+        return not self.look.running and not self.modem_was_gone
 
 
 class Stage:

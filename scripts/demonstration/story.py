@@ -120,13 +120,13 @@ def message_out(stage, state):
 def unplug(stage, _):
     stage.unplug()
     yield lambda state: not state.look.plugged and not state.look.running
-    yield stays(2)
+    yield stays(1)
 
 
-def plug(stage, state):
-    before = state.starts
+def plug(stage, _):
     stage.plug()
-    yield lambda state: state.look.plugged and state.look.running and state.starts > before
+    yield lambda state: (state.look.plugged and state.look.running
+                         and state.started_at >= state.ended_at)
     yield knows_the_modem
     yield lambda state: state.csq() is not None
     yield stays(1)
@@ -245,6 +245,10 @@ class Story:
     def over(self):
         """All beats are told, or none of the rest will be."""
         return self.steps is None and (self.closed or self.place + 1 >= len(self.beats))
+
+    def lasts(self, state):
+        """How long the present beat does."""
+        return 0.0 if self.steps is None else state.now - self.began[-1]
 
     @property
     def keys_work(self):

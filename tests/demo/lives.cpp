@@ -22,17 +22,10 @@ constexpr Duration kTimeToEnd = 60s;
 const char* const kKeptPlaces[] = {"/var/log", "/var/run", "/tmp/sms", "/tmp/udhcpc.wwan0.lfc",
                                    "/etc/kvt"};
 
-struct KeptFile {
-    std::string path;
-    std::string text;
-    fs::file_time_type written;
-};
-
-std::vector<KeptFile> ReadKeptFiles() {
-    std::vector<KeptFile> files;
+std::vector<std::pair<std::string, std::string>> ReadKeptFiles() {
+    std::vector<std::pair<std::string, std::string>> files;
     const auto keep = [&](const std::string& path) {
-        if (!fs::is_regular_file(path)) return;
-        files.push_back({path, World::File(path), fs::last_write_time(path)});
+        if (fs::is_regular_file(path)) files.emplace_back(path, World::File(path));
     };
     for (const char* place : kKeptPlaces) {
         std::error_code error;
@@ -64,7 +57,7 @@ Lives::Lives(std::string card_option, Duration pause)
       world_(std::make_unique<World>(card_option_)),
       carrier_(std::make_unique<CarrierSide>(*world_)) {
     world_->AllowUnknownCommands();
-    world_->Keep({Kind::kLog, Kind::kWrite});
+    world_->Keep({Kind::kLog, Kind::kWrite, Kind::kFile});
 }
 
 Lives::~Lives() = default;
@@ -92,6 +85,9 @@ void Lives::RunWorld(Duration until) {
     world_->RunFor(until - Now());
     Append(log_, world_->Log());
     Append(commands_, world_->Commands());
+    for (const rig::Event& event : world_->GetTrace().Of(Kind::kFile)) {
+        ++writes_[event.text.substr(0, static_cast<std::size_t>(event.number))];
+    }
     world_->ClearTrace();
     if (!world_->Running()) ended_ = born_ + world_->Now();
 }
@@ -112,14 +108,11 @@ void Lives::BeginLife() {
     world_ = std::make_unique<World>(card_option_);
     carrier_ = std::make_unique<CarrierSide>(*world_);
     world_->AllowUnknownCommands();
-    world_->Keep({Kind::kLog, Kind::kWrite});
+    world_->Keep({Kind::kLog, Kind::kWrite, Kind::kFile});
     world_->SetWallClock(wall);
     world_->SetUptime(uptime);
     world_->SetProcessId(process);
-    for (const KeptFile& file : files) {
-        world_->WriteFile(file.path, file.text);
-        fs::last_write_time(file.path, file.written);
-    }
+    for (const auto& [path, text] : files) world_->WriteFile(path, text);
     world_->Control(signal);
     if (call_was_up) world_->Control("call up");
     born_ = ended_;
@@ -153,6 +146,11 @@ void Lives::End() {
 
 std::optional<std::string> Lives::Address() const {
     return carrier_->HasAddress() ? std::optional<std::string>(kAddress) : std::nullopt;
+}
+
+std::int64_t Lives::Writes(const std::string& path) const {
+    const auto found = writes_.find(path);
+    return found == writes_.end() ? 0 : found->second;
 }
 
 std::vector<std::string> Lives::TakeLog() {

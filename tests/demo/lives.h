@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -37,7 +38,8 @@ class Lives {
     bool CallIsUp() const { return plugged_ && carrier_->CallIsUp(); }
     std::optional<std::string> Address() const;
     std::int64_t Bytes() const { return bytes_before_ + carrier_->Bytes(); }
-    std::vector<std::string> TakeLog();       // since the last call
+    std::int64_t Writes(const std::string& path) const;  // how often the daemon has written it
+    std::vector<std::string> TakeLog();                  // since the last call
     std::vector<std::string> TakeCommands();  // what the modem heard, since the last call
 
   private:
@@ -54,6 +56,7 @@ class Lives {
     bool ended_for_good_ = false;
     bool plugged_ = true;
     std::int64_t bytes_before_ = 0;
+    std::map<std::string, std::int64_t> writes_;
     std::vector<std::string> log_;
     std::vector<std::string> commands_;
 };

@@ -65,14 +65,10 @@ demo::Table ContentOf(const std::vector<std::string>& paths) {
     return table;
 }
 
-// A stamp of the last write, for whoever wants to know whether there was one.
-demo::Table StampsOf(const std::vector<std::string>& paths) {
+demo::Table WritesOf(const Lives& lives, const std::vector<std::string>& paths) {
     demo::Table table;
     for (const std::string& path : paths) {
-        std::error_code error;
-        const auto time = std::filesystem::last_write_time(path, error).time_since_epoch();
-        table.emplace_back(
-            path, error ? std::nullopt : std::optional<std::string>(std::to_string(time.count())));
+        table.emplace_back(path, std::to_string(lives.Writes(path)));
     }
     return table;
 }
@@ -99,7 +95,7 @@ JsonLine Snapshot(Lives& lives, const std::vector<std::string>& files) {
     line.Add("received", ReceivedMessages());
     line.Add("waiting", World::List(kSendFolder));
     line.Add("files", ContentOf(files));
-    line.Add("written", StampsOf(files));
+    line.Add("written", WritesOf(lives, files));
     return line;
 }
 
