@@ -31,12 +31,12 @@ def make_stage(arguments):
 class Run:
     """One showing, from power-on to its end."""
 
-    def __init__(self, arguments, stage):
+    def __init__(self, arguments, stage, alone=True):
         self.card = CARDS[arguments.card]
         self.stage = stage
         self.seconds = arguments.seconds
         self.state = State()
-        self.tale = Story(self.card, stage, arguments.by_hand)
+        self.tale = Story(self.card, stage, arguments.by_hand, alone)
         self.picture = Picture(self.card, stage.name, self.tale, self.state)
         self.hand = Hand(self.card, stage, self.tale, self.state)
         self.checks = Checks(self.card, self.tale, self.state)
@@ -102,9 +102,9 @@ def judge(run):
 
 
 def show(arguments, stage):
-    run = Run(arguments, stage)
     terminal = sys.stdout.isatty()
     alone = bool(arguments.seconds) or not (terminal and sys.stdin.isatty())
+    run = Run(arguments, stage, alone)
     view = (ScreenView if terminal else LinesView)(run.picture)
     with Keyboard() as keyboard, view:
         if not alone:

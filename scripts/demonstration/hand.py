@@ -24,7 +24,7 @@ KEYS = (
     Key(("i",), "i message in", "message_in", "sms"),
     Key(("o",), "o message out", "message_out", "sms"),
 )
-QUIT = ("q", "Q", "\x03")
+QUIT = ("q", "Q")
 
 
 def keys_of(card):

@@ -197,6 +197,8 @@ OVER = Caption(
     "That was it. The router goes on as it would for years.",
     "brings back by itself what is still missing.",
     "the keys below: now it is your turn.")
+OVER_ALONE = dataclasses.replace(
+    OVER, look="the verdicts behind this, one a line.")
 BY_HAND = Caption(
     "By hand",
     "The router starts; nothing happens to it but what you do.",
@@ -229,9 +231,9 @@ def beats_of(card):
 class Story:
     """Where the story is. Call `advance` after every look."""
 
-    def __init__(self, card, stage, by_hand=False):
-        self.card = card
+    def __init__(self, card, stage, by_hand=False, alone=False):
         self.stage = stage
+        self.alone = alone
         self.by_hand = by_hand
         self.beats = [] if by_hand else beats_of(card)
         self.place = -1
@@ -252,7 +254,7 @@ class Story:
 
     @property
     def keys_work(self):
-        return self.by_hand or (self.over and not self.closed)
+        return self.by_hand or (self.over and not self.alone)
 
     def told(self, beat):
         """None before the beat has begun, False while it lasts, True behind it."""
@@ -284,4 +286,4 @@ class Story:
     def _end(self):
         self.steps = None
         if self.over and not self.closed:
-            self.caption = OVER
+            self.caption = OVER_ALONE if self.alone else OVER

@@ -11,6 +11,7 @@ import tty
 from rich.console import Console, Group
 from rich.live import Live
 
+from hand import QUIT
 from picture import LABEL
 
 LONGEST_KEY = 8  # bytes that one key sends at most
@@ -40,7 +41,12 @@ class Keyboard:
             return []
         if not select.select([self.terminal], [], [], max(0.0, seconds))[0]:
             return []
-        sent = os.read(self.terminal, LONGEST_KEY).decode("ascii", "replace")
+        try:
+            sent = os.read(self.terminal, LONGEST_KEY).decode("ascii", "replace")
+        except OSError:
+            sent = ""
+        if not sent:  # the terminal is gone
+            return [QUIT[0]]
         return [sent] if sent.startswith("\x1b") else list(sent)
 
 

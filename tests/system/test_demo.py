@@ -64,7 +64,8 @@ class Telling:
         after = titles[titles.index(title) + 1:]
         end = self.begin(after[0]) if after else float("inf")
         return [line for line in self.lines
-                if self.begin(title) <= line[0] < end and line[1] not in ("story", "modemd", "Look")]
+                if self.begin(title) <= line[0] < end
+                and line[1] not in ("story", "modemd", "Look")]
 
     def first(self, title, kind, text):
         """When it was first told during the beat; fails when it was not."""
@@ -202,16 +203,18 @@ class Terminal:
         os.write(self.master, keys.encode())
 
     def read(self):
-        """What has come since; keeps the last screen and shows each to the judge."""
-        if select.select([self.master], [], [], 0.1)[0]:
+        """Takes what has come, shows each whole screen to the judge and keeps the last."""
+        still = not select.select([self.master], [], [], 0.2)[0]
+        if not still:
             self.output += os.read(self.master, 65536)
         drawn = self.output.split(b"\x1b[H")
-        for frame in drawn[max(1, self.judged):-1]:  # the last one may not be whole
+        whole = len(drawn) if still else len(drawn) - 1  # more of the last one may be on its way
+        for frame in drawn[max(1, self.judged):whole]:
             text = re.sub(rb"\x1b\[[0-9;?]*[a-zA-Z]", b"", frame).decode()
             self.screen = text.replace("\r", "").split("\n")
-            if self.judge:
+            if self.judge and text.strip():  # it begins with an empty page
                 self.judge(self.screen)
-        self.judged = len(drawn) - 1
+        self.judged = max(self.judged, whole)
 
     def has(self, *texts):
         return all(any(text in line for line in self.screen) for text in texts)
