@@ -75,8 +75,11 @@ const Cause* FindCause(const Case& the_case, ChainPart part) {
 }
 
 // Where to look for the cause: the first link that is broken, else the first that nobody knows of.
+// An address that is missing says little while nobody knows of the call it would belong to.
 std::size_t WeakestLink(const Chain& chain) {
+    constexpr auto kAddress = static_cast<std::size_t>(ChainPart::kAddress);
     const std::size_t broken = chain.First(Hold::kBroken);
+    if (broken == kAddress && chain[ChainPart::kCall].hold == Hold::kUnknown) return kAddress - 1;
     if (broken < kChainParts) return broken;
     return chain.verdict == kGood ? kChainParts : chain.First(Hold::kUnknown);
 }

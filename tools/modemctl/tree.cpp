@@ -17,32 +17,44 @@ namespace {
 
 constexpr char kFactsFile[] = "/modemctl.facts";
 constexpr std::size_t kLongestFile = 2 * 1024 * 1024;  // three times the longest that is written
-constexpr int kMostLooks = 200;
-constexpr int kPatientLooks = 20;    // without a pause between them
-constexpr useconds_t kPause = 1400;  // microseconds; 180 of them are a quarter of a second
+constexpr int kMostLooks = 400;
+constexpr int kPatientLooks = 200;   // without a pause between them: some milliseconds
+constexpr useconds_t kPause = 1250;  // microseconds; 200 of them are a quarter of a second
 constexpr std::time_t kSettledSeconds = 2;
 constexpr int kMostLinks = 40;  // as the kernel has it
 
-// One look. False when the file cannot be opened or is no regular file.
-bool ReadOnce(const std::string& path, TextFile& file) {
-    const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-    if (fd < 0) return false;
-    struct stat status = {};
-    if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) {
-        close(fd);
-        return false;
+class OpenFile {
+  public:
+    explicit OpenFile(const std::string& path)
+        : fd_(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {}
+    ~OpenFile() {
+        if (fd_ >= 0) close(fd_);
     }
-    file.modified = status.st_mtime;
-    file.text.clear();
-    char piece[16384];
-    ssize_t count = read(fd, piece, sizeof(piece));
-    while (count > 0 && file.text.size() < kLongestFile) {
-        file.text.append(piece, static_cast<std::size_t>(count));
-        count = read(fd, piece, sizeof(piece));
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
+
+    bool IsRegular(std::time_t& modified) const {
+        struct stat status = {};
+        if (fd_ < 0 || fstat(fd_, &status) != 0) return false;
+        modified = status.st_mtime;
+        return S_ISREG(status.st_mode);
     }
-    close(fd);
-    return count >= 0;
-}
+
+    // From its beginning, however often it has been read.
+    bool Read(std::string& text) const {
+        text.clear();
+        char piece[16384];
+        ssize_t count = 0;
+        do {
+            count = pread(fd_, piece, sizeof(piece), static_cast<off_t>(text.size()));
+            if (count > 0) text.append(piece, static_cast<std::size_t>(count));
+        } while (count > 0 && text.size() < kLongestFile);
+        return count >= 0;
+    }
+
+  private:
+    const int fd_;
+};
 
 // Not whole, and not being rewritten either: nobody has touched it for a while.
 bool IsSettled(const TextFile& file) {
@@ -127,22 +139,20 @@ TextFile Tree::Read(const std::string& path, WholeTest is_whole) const {
     file.presence = Presence::kUnreadable;
     if (!IsRegular(place)) return file;
 
-    TextFile before;
-    bool was_whole = false;
+    std::string again;
     for (int look = 0; look < kMostLooks; ++look) {
-        if (!ReadOnce(place, file)) {
-            file.presence =
-                access(place.c_str(), F_OK) == 0 ? Presence::kUnreadable : Presence::kAbsent;
+        const OpenFile open(place);
+        if (!open.IsRegular(file.modified) || !open.Read(file.text)) {
+            const bool there = access(place.c_str(), F_OK) == 0;
+            file.presence = there ? Presence::kUnreadable : Presence::kAbsent;
             return file;
         }
         const bool whole = !file.text.empty() && is_whole(file.text);
-        if (whole && (IsMadeByKernel(path) || (was_whole && file.text == before.text))) {
+        if (whole && (IsMadeByKernel(path) || (open.Read(again) && again == file.text))) {
             file.presence = Presence::kWhole;
             return file;
         }
         if (!whole && IsSettled(file)) break;
-        was_whole = whole;
-        before = file;
         if (look >= kPatientLooks) usleep(kPause);
     }
     file.presence = file.text.empty() ? Presence::kEmpty : Presence::kUnsettled;

@@ -54,7 +54,7 @@ class Tree {
     bool Exists(const std::string& path) const;
 
     // The daemon truncates a file and writes it anew in one piece. So a text counts only when it
-    // is whole and two looks in a row have found the same; until then it is read again, for a
+    // is whole and a second reading has found the same; until then it is read again, for a
     // quarter of a second at most.
     TextFile Read(const std::string& path, WholeTest is_whole = HasWholeLines) const;
 
