@@ -1,7 +1,6 @@
 #include "core/config_files.h"
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cstring>
 
@@ -28,7 +27,7 @@ struct WatchedFile {
     struct stat saved;
 
     FileState Test(struct stat& now) const {
-        if (access(path, F_OK) != 0 || stat(path, &now) != 0) return kMissing;
+        if (stat(path, &now) != 0) return kMissing;
         return now.st_mtime == saved.st_mtime ? kUnchanged : kChanged;
     }
 };

@@ -163,7 +163,7 @@ std::string SendAtCommand(const std::string& command, unsigned wait_seconds) {
     WriteByte(g_c_LF);
     g_i_PortErrorCounter = 0;
     usleep(kAnswerPause);
-    sleep(wait_seconds);
+    if (wait_seconds > 0) sleep(wait_seconds);
 
     std::size_t received = 0;  // more than is kept when the modem sends zero bytes
     for (int reads = 0; reads < kMostReads && received <= kLongestAnswer; ++reads) {

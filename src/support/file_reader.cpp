@@ -14,41 +14,50 @@ namespace {
 
 constexpr int kReadFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
-mode_t TypeOf(int fd) {
-    struct stat status = {};
-    return fstat(fd, &status) == 0 ? status.st_mode & S_IFMT : 0;
+// What was opened, and whether it may be read.
+struct OpenFile {
+    int fd = -1;  // -1: it cannot be opened, or must not be
+    mode_t type = 0;
+};
+
+bool IsDevice(mode_t type) {
+    return type == S_IFCHR || type == S_IFBLK;
 }
 
 // Opening a device can do harm by itself: a watchdog starts, a tape rewinds. O_PATH only takes hold
-// of the file, so that nobody can exchange it between the look and the open. -1 when the file
-// cannot be opened; 0 with `is_device` when it must not.
-int OpenUnlessDevice(const std::string& path, bool& is_device) {
+// of the file, so that nobody can exchange it between the look and the open.
+OpenFile OpenUnlessDevice(const std::string& path) {
+    OpenFile file;
     const int held = open(path.c_str(), O_PATH | O_CLOEXEC);
-    if (held < 0) return -1;
-    const mode_t type = TypeOf(held);
-    is_device = type == S_IFCHR || type == S_IFBLK;
-    int fd = is_device ? 0 : open(Format("/proc/self/fd/%d", held).c_str(), kReadFlags);
-    if (fd < 0 && errno == ENOENT) fd = open(path.c_str(), kReadFlags);  // no /proc yet
+    if (held < 0) return file;
+    struct stat status = {};
+    if (fstat(held, &status) == 0) file.type = status.st_mode & S_IFMT;
+    if (!IsDevice(file.type)) {
+        file.fd = open(Format("/proc/self/fd/%d", held).c_str(), kReadFlags);
+        if (file.fd < 0 && errno == ENOENT) file.fd = open(path.c_str(), kReadFlags);  // no /proc
+    }
     close(held);
-    return fd;
+    return file;
+}
+
+// A regular file gives all that was asked for until its end.
+void ReadToTheEnd(int fd, std::string& text) {
+    char piece[1024];
+    ssize_t count = sizeof(piece);
+    while (count == sizeof(piece) && text.size() < kLongestTextFile) {
+        count = read(fd, piece, sizeof(piece));
+        if (count > 0) text.append(piece, static_cast<std::size_t>(count));
+    }
 }
 
 }  // namespace
 
 bool ReadTextFile(const std::string& path, LastCharacter last, std::string& text) {
     text.clear();
-    bool is_device = false;
-    const int fd = OpenUnlessDevice(path, is_device);
-    if (fd < 0 || is_device) return fd >= 0;
-
-    char piece[1024];
-    ssize_t count = TypeOf(fd) == S_IFREG ? read(fd, piece, sizeof(piece)) : 0;
-    while (count > 0 && text.size() < kLongestTextFile) {
-        text.append(piece, static_cast<std::size_t>(count));
-        count = read(fd, piece, sizeof(piece));
-    }
-    close(fd);
-
+    const OpenFile file = OpenUnlessDevice(path);
+    if (file.fd < 0) return IsDevice(file.type);
+    if (file.type == S_IFREG) ReadToTheEnd(file.fd, text);
+    close(file.fd);
     if (last == LastCharacter::kDoubled && !text.empty() && text.size() < kLongestTextFile) {
         text += text.back();
     }

@@ -93,6 +93,9 @@ struct Shared {
 
     // Calls of the daemon that the preload took; a signal may be due before one of them.
     std::uint64_t calls;
+    std::uint64_t clock_reads;  // of these calls, those that need no kernel
+    std::uint64_t allocations;  // blocks taken from the heap since the program was loaded
+    std::uint64_t releases;     // and given back
     std::uint64_t signal_at_call;
     std::int32_t signal_at_call_number;
     std::int32_t process_id;

@@ -89,6 +89,11 @@ class World {
     // Before the daemon's n-th call of the C library that the rig takes, counted from 1.
     void SignalAtCall(std::uint64_t call, int number);
     std::uint64_t Calls() const { return memory_.calls; }
+    // Of them, those that enter the kernel; reading the clock does not.
+    std::uint64_t KernelCalls() const { return memory_.calls - memory_.clock_reads; }
+    // Blocks taken from the heap so far, and those not given back. 0 under a sanitizer.
+    std::uint64_t Allocations() const { return memory_.allocations; }
+    std::uint64_t BlocksHeld() const { return memory_.allocations - memory_.releases; }
     void JumpClock(Duration distance);  // the wall clock; the daemon's sleeps do not notice
     Duration Now() const { return Duration(memory_.now); }
     std::int64_t WallSeconds() const;  // since 1970

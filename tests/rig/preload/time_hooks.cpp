@@ -70,6 +70,7 @@ int clock_nanosleep(clockid_t clock, int flags, const timespec* time, timespec* 
 
 time_t time(time_t* result) noexcept {
     if (!agent::Enter()) return RIG_REAL(time)(result);
+    ++agent::shared->clock_reads;
     const auto now = static_cast<time_t>(agent::WallClock() / kSecond);
     if (result != nullptr) *result = now;
     return now;
@@ -77,6 +78,7 @@ time_t time(time_t* result) noexcept {
 
 int gettimeofday(timeval* now, void* zone) noexcept {
     if (!agent::Enter()) return RIG_REAL(gettimeofday)(now, zone);
+    ++agent::shared->clock_reads;
     const Micros wall = agent::WallClock();
     *now = {static_cast<time_t>(wall / kSecond), static_cast<suseconds_t>(wall % kSecond)};
     return 0;
@@ -84,6 +86,7 @@ int gettimeofday(timeval* now, void* zone) noexcept {
 
 int clock_gettime(clockid_t clock, timespec* now) noexcept {
     if (IsProcessClock(clock) || !agent::Enter()) return RIG_REAL(clock_gettime)(clock, now);
+    ++agent::shared->clock_reads;
     *now = ToTimespec(IsWallClock(clock) ? agent::WallClock() : agent::shared->now);
     return 0;
 }
