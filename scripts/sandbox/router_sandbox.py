@@ -163,6 +163,17 @@ class Router:
         """The command lines that reached the modem."""
         return re.findall(r"^[0-9.]+ < (.*)$", self.read("/carrier/modem.log"), re.MULTILINE)
 
+    def dhcp_client(self):
+        """The process id of the DHCP client once it serves its lease from the background, else "".
+
+        It goes there as a new process that leads a session of its own, and a moment passes until
+        the pid file names it.
+        """
+        process = self.read("/var/run/udhcpc-wwan0.pid").strip()
+        stat = self.read(f"/proc/{process}/stat") if process else ""
+        session = stat.rpartition(")")[2].split()[3:4]
+        return process if session == [process] else ""
+
     def recorded(self):
         """Calls of the tools that would have touched the machine, without their times."""
         return [line.split(" ", 2)[2] for line in self.read("/var/log/recorded").splitlines()]

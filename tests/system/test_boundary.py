@@ -6,7 +6,6 @@ import unittest
 from router_sandbox import BUILD, Router
 
 DEVICE = "/dev/ttyUSB0"
-CLIENT_PID = "/var/run/udhcpc-wwan0.pid"
 # As a start script might: nothing open, nobody waits for children, all signals blocked or ignored,
 # files for everybody.
 CARELESS_START = ("umask 0; exec 0<&- 1>&- 2>&-;"
@@ -27,9 +26,8 @@ def descriptors(listing):
 
 def wait_for_client(router):
     """The process id of the DHCP client, once it has an address."""
-    router.wait_for(lambda: router.read(CLIENT_PID).strip(), "the DHCP client")
     router.wait_for(router.addresses, "an address")
-    return router.read(CLIENT_PID).strip()
+    return router.wait_for(router.dhcp_client, "the DHCP client in the background")
 
 
 class Children(unittest.TestCase):

@@ -76,9 +76,7 @@ class Carrier(unittest.TestCase):
         return self.router.wait_for(self.router.addresses, "an address")
 
     def client(self):
-        """The client's process id, which it writes when it has gone to the background."""
-        return self.router.wait_for(lambda: self.router.read("/var/run/udhcpc-wwan0.pid"),
-                                    "the pid file")
+        return self.router.wait_for(self.router.dhcp_client, "the client in the background")
 
     def test_a_lease_comes_with_the_default_route_and_reaches_the_world(self):
         self.router.shell("carrier up")
