@@ -251,9 +251,7 @@ class Screen(OnTerminal):
         terminal = self.start("--card", card, "--speed", "20", columns=columns, rows=rows)
 
         def judge(screen):
-            self.assertEqual(len(screen), rows)
-            self.assertTrue(screen[0].startswith(" modemd  with a simulated"), screen[0])
-            self.assertTrue(screen[-1].startswith(" q ends"), screen[-1])
+            self.assertTrue(self.is_whole(screen, rows), "\n".join(screen))
             self.assertLessEqual(max(map(len, screen)), columns)
         terminal.judge = judge
         terminal.wait_for("1 of")
@@ -276,12 +274,16 @@ class Screen(OnTerminal):
         for columns, rows in ((100, 50), (70, 22), (80, 24)):
             terminal.resize(columns, rows)
             limit = time.monotonic() + PATIENCE
-            while len(terminal.screen) != rows and time.monotonic() < limit:
+            while not self.is_whole(terminal.screen, rows) and time.monotonic() < limit:
                 terminal.read()
-            self.assertEqual(len(terminal.screen), rows)
-            self.assertTrue(terminal.has("q ends", " modemd  with"))
+            self.assertTrue(self.is_whole(terminal.screen, rows), terminal.screen)
         terminal.resize(40, 10)
         terminal.wait_for("Please make this window")
+
+    @staticmethod
+    def is_whole(screen, rows):
+        return (len(screen) == rows and screen[0].startswith(" modemd  with a simulated")
+                and screen[-1].startswith(" q ends"))
 
     def test_leaves_a_clean_terminal(self):
         for keys, status in (("q", 0), ("\x03", 0)):
