@@ -1,20 +1,18 @@
-// A folder of a test's own, gone with it.
+// A router's files below a folder of the test's own, gone with it.
 #pragma once
 
 #include <sys/stat.h>
 #include <utime.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
+#include "machine/own_folder.h"
+
 class Scratch {
   public:
-    Scratch() {
-        std::string folder = std::filesystem::temp_directory_path() / "modemctl-XXXXXX";
-        root_ = mkdtemp(folder.data());
-    }
+    Scratch() = default;
     ~Scratch() { std::filesystem::remove_all(root_); }
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
@@ -31,5 +29,5 @@ class Scratch {
     }
 
   private:
-    std::string root_;
+    const std::string root_ = machine::MakeOwnFolder();
 };
