@@ -41,7 +41,6 @@ class State:
         self.written = {}  # path: when it was last written, perhaps with the same text
         self.log = []  # (when, line)
         self.statistics = {}
-        self.starts = 0
         self.started_at = 0.0  # the daemon's last start
         self.ended_at = 0.0
         self.unplugged_at = 0.0
@@ -69,7 +68,6 @@ class State:
         for line in look.log:
             self.log.append((look.now, line))
             if line.endswith(" starting"):
-                self.starts += 1
                 self.started_at = look.now
                 self.checked_at = None
                 self.modem_was_gone = False
