@@ -109,6 +109,12 @@ class StatusRows {
         return value.IsTold() ? Aged(Tone::kPlain) : Tone::kDim;
     }
 
+    const char* GoodWords() const {
+        if (snapshot_.card == Card::kLte) return "Good: the link is up";
+        const bool registered = chain_[ChainPart::kRegistration].hold == Hold::kHolds;
+        return registered ? "Good: the modem is registered" : "Good: the modem answers";
+    }
+
     void AddVerdict() {
         switch (chain_.verdict) {
             case kNoData:
@@ -119,9 +125,7 @@ class StatusRows {
                                       chain_[ChainPart::kPort].what,
                                   Tone::kBad);
             case kGood:
-                return page_.Line(snapshot_.card == Card::kLte ? "Good: the link is up"
-                                                               : "Good: the modem is served",
-                                  Tone::kGood);
+                return page_.Line(GoodWords(), Tone::kGood);
             default:
                 break;
         }
@@ -164,6 +168,7 @@ class StatusRows {
         if (!technology.IsTold() && Get(key::kSystemMode).IsTold()) {
             technology = Get(key::kSystemMode);
         }
+        if (technology.told == Told::kAbsent) return;
         const Value band = Get(key::kBand);
         std::string text = page_.Words(technology);
         if (band.IsTold()) text += ", " + page_.Words(band);
@@ -207,10 +212,15 @@ class StatusRows {
                   Tone::kPlain, "now");
     }
 
+    // The other cards are never asked for the time.
+    const char* ClockSource() const {
+        if (snapshot_.card == Card::kOther) return ", not set by this modem";
+        return snapshot_.provisioning.sync_time ? ", set by the network"
+                                                : ", not set by the network";
+    }
+
     void AddClock() {
-        const char* const source =
-            snapshot_.provisioning.sync_time ? ", set by the network" : ", not set by the network";
-        page_.Row("Clock", ShownTime(snapshot_.now) + source, Tone::kPlain, "now");
+        page_.Row("Clock", ShownTime(snapshot_.now) + ClockSource(), Tone::kPlain, "now");
     }
 
     void AddMessages() {

@@ -35,7 +35,7 @@ Tone ToneOf(Hold hold) {
 
 std::string Verdict(const Diagnosis& diagnosis, const Snapshot& snapshot) {
     if (diagnosis.chain.verdict == kGood) {
-        return snapshot.card == Card::kLte ? "The link is up." : "The modem is served.";
+        return snapshot.card == Card::kLte ? "The link is up." : "Nothing is known to be wrong.";
     }
     return diagnosis.chain.First(Hold::kBroken) < kChainParts ? "There is no link."
                                                               : "Not known to be up.";

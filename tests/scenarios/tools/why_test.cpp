@@ -41,7 +41,7 @@ TEST(Why, FindsNothingWrongWithAModemWithoutACallOfItsOwn) {
     world.RunFor(2min);
     const CopiedRouter router(world);
     EXPECT_EQ(router.Cause(), kAllHolds);
-    EXPECT_THAT(router.Run("why").output, HasSubstr("The modem is served."));
+    EXPECT_THAT(router.Run("why").output, HasSubstr("Nothing is known to be wrong."));
 }
 
 TEST(Why, KnowsNothingYetRightAfterTheStart) {
