@@ -260,8 +260,11 @@ class Log(unittest.TestCase):
 class Screen:
     """A real terminal, of tmux, with a command in it."""
 
+    count = 0
+
     def __init__(self, router, command, columns=80, rows=24):
-        self.socket = f"modemctl-{os.getpid()}"
+        Screen.count += 1  # a server that ends may still hold its socket
+        self.socket = f"modemctl-{os.getpid()}-{Screen.count}"
         enter = shlex.join([str(PROJECT / "scripts" / "router"), "enter", str(router.pid), "--",
                             "/bin/sh", "-c", f"{command}; echo ended with $?; cat"])
         self.tmux("-f", "/dev/null", "new-session", "-d", "-x", str(columns), "-y", str(rows),
@@ -358,22 +361,24 @@ class OnTheRouter(unittest.TestCase):
         self.assertNotIn("Overview", screen.text())
 
     def test_6_watch_gives_the_terminal_back_when_it_is_killed(self):
-        screen = Screen(self.router, f"{TOOL} watch; stty -a")
+        screen = Screen(self.router, f"{TOOL} watch; echo gave $?; stty -a")
         self.addCleanup(screen.close)
         screen.wait_for("Example Net")
         self.router.shell("kill -TERM $(pidof modemctl)")
         screen.wait_for("ended with 0")
+        self.assertIn("gave 0", screen.text())
         self.assertRegex(screen.text(), r"(?<!-)\bicanon\b")
         self.assertRegex(screen.text(), r"(?<!-)\becho\b")
 
     def test_7_watch_feeds_a_broker(self):
         router, unpacked = self.router, UNPACKED
-        router.shell("ip link set lo up; printf 'listener 1883 127.0.0.1\\nallow_anonymous true\\n'"
-                     f" >/tmp/broker.conf; {unpacked}/mosquitto -c /tmp/broker.conf"
+        router.write("/tmp/broker.conf", "listener 1883 127.0.0.1\nallow_anonymous true\n"
+                     "user root\nlog_type all\n")
+        router.shell(f"ip link set lo up; {unpacked}/mosquitto -c /tmp/broker.conf"
                      " >/tmp/broker.log 2>&1 </dev/null &")
         router.wait_for(lambda: "running" in router.read("/tmp/broker.log"), "the broker")
-        router.shell(f"{unpacked}/mosquitto_sub -d -t router/7/modem >/tmp/heard 2>&1 </dev/null &")
-        router.wait_for(lambda: "SUBACK" in router.read("/tmp/heard"), "the subscriber")
+        router.shell(f"{unpacked}/mosquitto_sub -t router/7/modem >/tmp/heard 2>&1 </dev/null &")
+        router.wait_for(lambda: "SUBACK" in router.read("/tmp/broker.log"), "the subscriber")
         router.shell(f"({TOOL} watch --json | {unpacked}/mosquitto_pub -l -t router/7/modem)"
                      " >/dev/null 2>&1 </dev/null &")
 

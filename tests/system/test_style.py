@@ -69,6 +69,12 @@ class Includes(unittest.TestCase):
                  for h in includes(p) if not (SOURCE / h).is_file()]
         self.assertEqual(wrong, [])
 
+    def test_tools_share_the_texts_and_the_names_with_the_daemon_and_nothing_else(self):
+        wrong = [f"{p.relative_to(PROJECT)} includes {h}"
+                 for p in code_files(PROJECT / "tools" / "modemctl") for h in includes(p)
+                 if not h.startswith(("modemctl/", "support/")) and h != "state/published.h"]
+        self.assertEqual(wrong, [])
+
     def test_no_circles(self):
         graph = {str(p.relative_to(SOURCE)): includes(p) for p in code_files(SOURCE)}
         done, path = set(), []
@@ -99,7 +105,7 @@ class Files(unittest.TestCase):
 
     def test_files_stay_readable(self):
         wrong = {}
-        for path in code_files(SOURCE) + code_files(PROJECT / "sim"):
+        for path in code_files(SOURCE) + code_files(PROJECT / "sim") + code_files(PROJECT / "tools"):
             lines = len(path.read_text().splitlines())
             if lines > 400:
                 wrong[str(path.relative_to(PROJECT))] = lines

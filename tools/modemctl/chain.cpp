@@ -32,6 +32,21 @@ bool BeginsWith(const std::string& text, const std::string& start) {
     return text.compare(0, start.size(), start) == 0;
 }
 
+const char* WhyNoStatistics(Presence presence) {
+    switch (presence) {
+        case Presence::kUnreadable:
+            return "what the daemon publishes is not to be read";
+        case Presence::kUnsettled:
+            return "what the daemon publishes is never whole";
+        case Presence::kEmpty:
+            return "what the daemon publishes is empty: a full file system?";
+        case Presence::kAbsent:
+        case Presence::kWhole:
+            break;
+    }
+    return "the daemon has published nothing yet";
+}
+
 ChainLink JudgePort(const Snapshot& snapshot, long long max_age) {
     switch (snapshot.daemon) {
         case DaemonState::kNeverStarted:
@@ -44,7 +59,7 @@ ChainLink JudgePort(const Snapshot& snapshot, long long max_age) {
     }
     switch (snapshot.StatisticsFreshness(max_age)) {
         case Freshness::kAbsent:
-            return Unknown("the daemon has published nothing yet");
+            return Unknown(WhyNoStatistics(snapshot.statistics.presence));
         case Freshness::kTooOld:
             return Broken("the modem has not answered for " + ShownSpan(snapshot.Age()));
         case Freshness::kFresh:
@@ -72,6 +87,7 @@ Value Registration(const Snapshot& snapshot) {
     const Value in_words = snapshot.statistics.Get(key::kCreg);
     if (in_words.IsTold()) return in_words;
     Value registration = snapshot.registration.value;
+    if (!registration.IsTold() && in_words.told != Told::kAbsent) return in_words;
     for (const ShortForm& form : kRegistrations) {
         if (registration.text == form.abbreviated) registration.text = form.full;
     }

@@ -12,7 +12,6 @@ constexpr char kExit[] = "exit";
 constexpr char kGaveUpPort[] = "Failed to open port %d times, exiting";
 constexpr char kLostPort[] = "Port error counter above %d, resetting modem";
 constexpr char kNoPort[] = "Unable to open port %s, attempt %d/%d";
-constexpr char kResetting[] = "Resetting device";
 
 constexpr long long kLinkCheckSeconds = 100;  // failed checks are 30 to 45 s apart
 constexpr long long kPortRetrySeconds = 30;   // a port that does not open is tried every 10 s
@@ -20,8 +19,7 @@ constexpr long long kHour = 3600;
 
 // A tree that was copied without /proc cannot tell whether the daemon runs; its log can.
 bool LogSaysEnded(const LogFacts& log) {
-    return log.EndsWith(kExit) || log.Has(kGaveUpPort) || log.Has(kLostPort) ||
-           (log.EndsWith(kResetting) && log.Has(kExit));
+    return log.EndsWith(kExit) || log.Has(kGaveUpPort) || log.Has(kLostPort);
 }
 
 // What only the log knows: whether bytes leave, whether the port opens.

@@ -10,6 +10,10 @@ namespace {
 
 namespace key = published::key;
 
+const char* HoldId(Hold hold) {
+    return hold == Hold::kNotWatched ? "not_watched" : HoldWord(hold);
+}
+
 const char* DaemonWord(DaemonState state) {
     switch (state) {
         case DaemonState::kNeverStarted:
@@ -140,7 +144,7 @@ void WriteChain(JsonWriter& json, const Chain& chain) {
     for (std::size_t i = 0; i < kChainParts; ++i) {
         json.BeginElement();
         json.Text("part", PartName(static_cast<ChainPart>(i)));
-        json.Text("state", HoldWord(chain.links[i].hold));
+        json.Text("state", HoldId(chain.links[i].hold));
         json.Text("what", chain.links[i].what);
         json.End();
     }

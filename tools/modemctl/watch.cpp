@@ -21,6 +21,7 @@ namespace modemctl {
 namespace {
 
 constexpr int kPeriod = 2000;  // milliseconds between two looks; the files change every 5 s
+constexpr int kWhyPeriod = 10000;
 constexpr char kUsualStep[] = "3";
 constexpr std::size_t kMostChanges = 500;
 constexpr std::size_t kMostRecords = 2000;
@@ -102,6 +103,7 @@ class Watch {
 
     void ShowPage(int page) {
         state_.page = static_cast<WatchPage>(page);
+        why_due_ = 0;
         MakeWhy();
     }
 
@@ -139,9 +141,10 @@ class Watch {
         if (state_.changes.size() > kMostChanges) state_.changes.pop_front();
     }
 
-    // The log is read only while its page is looked at.
+    // The log is read only while its page is looked at, and not at every look: it may be long.
     void MakeWhy() {
-        if (state_.page != WatchPage::kWhy) return;
+        if (state_.page != WatchPage::kWhy || MonotonicMilliseconds() < why_due_) return;
+        why_due_ = MonotonicMilliseconds() + kWhyPeriod;
         LogRequest request;
         request.file = session_.Value("--log");
         request.now = session_.now;
@@ -158,6 +161,7 @@ class Watch {
     Waiter waiter_;
     WatchState state_;
     const long long* scale_ = kScales;
+    long long why_due_ = 0;
     std::unique_ptr<Screen> screen_;
 };
 
@@ -165,6 +169,9 @@ int RunWatch(Session& session) {
     const std::string step = session.Value("--signal-step", kUsualStep);
     if (step.empty() || !IsInteger(step) || ToInt(step) < 1) {
         return UsageError("watch", "--signal-step is a number of dB, at least 1");
+    }
+    if (session.Value("--log") == "-") {
+        return UsageError("watch", "--log is a file: what comes from standard input has no end");
     }
     return Watch(session, ToInt(step)).Run();
 }

@@ -27,17 +27,25 @@ void Append(Lines& lines, const std::string& text) {
     if (!text.empty() && text.back() == '\n') lines.pop_back();
 }
 
-// The page at hand stands in brackets, so that it shows without colour, too.
-std::string TitleBar(const WatchState& state, const Terminal& terminal) {
+// The page at hand stands in brackets, so that it shows without colour, too. Where there is no
+// room, the others are numbers only.
+std::string PageBar(WatchPage page, bool all_names) {
     std::string bar;
     for (int i = 0; i < kWatchPages; ++i) {
-        const bool here = static_cast<int>(state.page) == i;
-        bar += Format(here ? "[%d %s] " : " %d %s  ", i + 1, kPageNames[i]);
+        const bool here = static_cast<int>(page) == i;
+        const std::string name = here || all_names ? std::string(" ") + kPageNames[i] : "";
+        bar += Format(here ? "[%d%s] " : " %d%s  ", i + 1, name.c_str());
     }
+    return bar;
+}
+
+std::string TitleBar(const WatchState& state, const Terminal& terminal) {
     const std::string clock = ShownTime(state.snapshot.now).substr(11);
     const auto width = static_cast<std::size_t>(terminal.columns);
-    if (width < bar.size() + clock.size()) return terminal.Paint(Tone::kBold, Cut(bar, width));
-    return terminal.Paint(Tone::kBold, Padded(bar, width - clock.size()) + clock);
+    std::string bar = PageBar(state.page, true);
+    if (bar.size() + clock.size() > width) bar = PageBar(state.page, false);
+    const std::size_t room = width > clock.size() ? width - clock.size() : 0;
+    return terminal.Paint(Tone::kBold, Cut(Padded(Cut(bar, room), room) + clock, width));
 }
 
 // The scale of the bar: the middle of each row as a share of a full signal.

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "modemctl/chain.h"
 #include "modemctl/signal.h"
 #include "tools/scratch.h"
 
@@ -96,6 +97,49 @@ TEST_F(SnapshotTest, CountsTheSpool) {
     EXPECT_EQ(snapshot.sending.files, 2);
     EXPECT_NEAR(static_cast<double>(std::time(nullptr) - snapshot.sending.oldest), 100, 5);
     EXPECT_FALSE(snapshot.failed.exists);
+}
+
+// --- The chain ---------------------------------------------------------------------------------
+
+constexpr long long kMaxAge = 60;
+
+TEST_F(SnapshotTest, OfAnOlderDaemonIsJudgedByWhatThatPublishes) {
+    WriteStatistics("CELLMODEM_MODEL=E362\n");
+    const Chain chain = JudgeChain(Take(), kMaxAge);
+    EXPECT_EQ(chain.verdict, kGood);
+    EXPECT_EQ(chain[ChainPart::kRegistration].hold, Hold::kNotWatched);
+    EXPECT_EQ(chain[ChainPart::kCall].hold, Hold::kNotWatched);
+}
+
+TEST_F(SnapshotTest, IsGoodOnlyWhenTheRegistrationIsKnown) {
+    WriteStatistics("CELLMODEM_CREG=\n");
+    EXPECT_EQ(JudgeChain(Take(), kMaxAge).verdict, kNotGood);
+    WriteStatistics("CELLMODEM_CREG=Registered, Roaming\n");
+    EXPECT_EQ(JudgeChain(Take(), kMaxAge).verdict, kGood);
+    WriteStatistics("CELLMODEM_CREG=Registration Denied\n");
+    EXPECT_EQ(JudgeChain(Take(), kMaxAge).First(Hold::kBroken),
+              static_cast<std::size_t>(ChainPart::kRegistration));
+}
+
+// The daemon cleans white space out of the state, so that only its beginning tells the two apart.
+TEST_F(SnapshotTest, DoesNotTakeADisconnectedCallForAConnectedOne) {
+    const std::string rest =
+        "CELLMODEM_QMI_RESULT=GOOD\nCELLMODEM_CREG=Registered, Home Network\n"
+        "CELLMODEM_TEMPERATURE=37\nCELLMODEM_SIM_ID=89\n";
+    WriteStatistics(rest + "CELLMODEM_QMI_STATE=CONNECTED\n");
+    EXPECT_EQ(JudgeChain(Take(), kMaxAge)[ChainPart::kCall].hold, Hold::kHolds);
+    EXPECT_EQ(JudgeChain(Take(), kMaxAge).verdict, kGood);
+    WriteStatistics(rest + "CELLMODEM_QMI_STATE=DISCONNECTED\n");
+    EXPECT_EQ(JudgeChain(Take(), kMaxAge)[ChainPart::kCall].hold, Hold::kBroken);
+    WriteStatistics(rest + "CELLMODEM_QMI_STATE=unknown\n");
+    EXPECT_EQ(JudgeChain(Take(), kMaxAge)[ChainPart::kCall].hold, Hold::kUnknown);
+    EXPECT_EQ(JudgeChain(Take(), kMaxAge).verdict, kNotGood);
+}
+
+TEST_F(SnapshotTest, TellsAnEmptyFileFromNone) {
+    EXPECT_EQ(JudgeChain(Take(), kMaxAge).verdict, kNoData);
+    scratch_.Write("/var/log/wireless.cardstats", "");
+    EXPECT_NE(JudgeChain(Take(), kMaxAge)[ChainPart::kPort].what.find("empty"), std::string::npos);
 }
 
 // --- Signal --------------------------------------------------------------------------------------
