@@ -7,6 +7,7 @@
 #include "modemctl/get.h"
 #include "modemctl/log.h"
 #include "modemctl/metrics.h"
+#include "modemctl/sms.h"
 #include "modemctl/status.h"
 #include "modemctl/watch.h"
 #include "modemctl/why.h"
@@ -19,6 +20,7 @@ int main(int argc, char** argv) {
         &modemctl::kWatchCommand,
         &modemctl::kWhyCommand,
         &modemctl::kLogCommand,
+        &modemctl::kSmsCommand,
         &modemctl::kMetricsCommand,
         &modemctl::kGetCommand,
     };
