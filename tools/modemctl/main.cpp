@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "modemctl/command_line.h"
+#include "modemctl/doctor.h"
 #include "modemctl/get.h"
 #include "modemctl/log.h"
 #include "modemctl/metrics.h"
@@ -21,6 +22,7 @@ int main(int argc, char** argv) {
         &modemctl::kWhyCommand,
         &modemctl::kLogCommand,
         &modemctl::kSmsCommand,
+        &modemctl::kDoctorCommand,
         &modemctl::kMetricsCommand,
         &modemctl::kGetCommand,
     };
