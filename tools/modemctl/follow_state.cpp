@@ -73,9 +73,11 @@ std::string FollowState::Open(const std::string& directory) {
     directory_ = directory;
     if (!MakeDirectories(directory)) return "cannot make " + directory + ": " + strerror(errno);
     const std::string path = directory + "/follow.lock";
+    if (lock_ >= 0) close(lock_);
     lock_ = open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
     if (lock_ < 0) return "cannot write " + path + ": " + std::strerror(errno);
-    if (flock(lock_, LOCK_EX | LOCK_NB) != 0) {
+    is_busy_ = flock(lock_, LOCK_EX | LOCK_NB) != 0;
+    if (is_busy_) {
         return "another sms follow --exec, or a program that it started, has " + directory;
     }
     Reload();

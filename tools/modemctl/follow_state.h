@@ -35,6 +35,8 @@ class FollowState {
     // In this directory, which is made when it is missing. A complaint, empty when all is well:
     // another program that follows has it, or it cannot be written.
     std::string Open(const std::string& directory);
+    // The complaint was that another one has it: it may be free later.
+    bool IsBusy() const { return is_busy_; }
     ~FollowState();
     FollowState() = default;
     FollowState(const FollowState&) = delete;
@@ -59,6 +61,7 @@ class FollowState {
 
     std::string directory_;
     int lock_ = -1;
+    bool is_busy_ = false;
     std::size_t lines_ = 0;
     std::map<std::string, HandlingRecord> records_;
 };

@@ -151,6 +151,23 @@ class Dispatcher {
     std::map<std::string, std::time_t> next_try_;
 };
 
+void Complain(const std::string& complaint) {
+    std::fprintf(stderr, "modemctl: %s\n", Escaped(complaint, false).c_str());
+}
+
+// Waits while another one follows, or a run that outlived its modemctl goes on.
+bool OpenState(const Session& session, FollowState& state) {
+    const std::string directory = StateDirectory(session.Value("--state"));
+    std::string complaint = state.Open(directory);
+    if (state.IsBusy()) Complain(complaint + ": waiting for it");
+    while (state.IsBusy() && g_must_end == 0) {
+        usleep(kLookPause);
+        complaint = state.Open(directory);
+    }
+    if (!complaint.empty() && !state.IsBusy()) Complain(complaint);
+    return complaint.empty() || state.IsBusy();
+}
+
 int FollowWithProgram(Session& session) {
     HandlerOrder order;
     long long pause = 0;
@@ -164,11 +181,7 @@ int FollowWithProgram(Session& session) {
         return UsageError("sms", "--tries is a number above 0");
     }
     FollowState state;
-    const std::string complaint = state.Open(StateDirectory(session.Value("--state")));
-    if (!complaint.empty()) {
-        std::fprintf(stderr, "modemctl: %s\n", Escaped(complaint, false).c_str());
-        return kNotGood;
-    }
+    if (!OpenState(session, state)) return kNotGood;
     Dispatcher dispatcher(session, state, order, ToInt(tries), pause);
     while (g_must_end == 0) {
         dispatcher.Pass();
