@@ -98,6 +98,24 @@ TEST_F(TxBytes, AboveTwoGigabytesCountAsNegative) {
     EXPECT_EQ(g_S_Globalstats.tx_bytes_previous, 2147483647);
 }
 
+// On every processor: a reading that stopped at the greatest int would not grow either, but it
+// would not come back above 4 GiB.
+TEST_F(TxBytes, AreCutToTheirLow32Bits) {
+    struct Row {
+        const char* counter;
+        int current;
+        int verdict;
+    };
+    Check("2147483000\n");
+    for (const Row& row :
+         {Row{"4294967295\n", -1, 0}, Row{"4294967296\n", 0, 0}, Row{"6442450296\n", 2147483000, 0},
+          Row{"6442450297\n", 2147483001, 1}, Row{"6442450944\n", -2147483647 - 1, 0}}) {
+        SCOPED_TRACE(row.counter);
+        EXPECT_EQ(Check(row.counter), row.verdict);
+        EXPECT_EQ(g_S_Globalstats.tx_bytes_current, row.current);
+    }
+}
+
 TEST_F(TxBytes, WithoutACounterFileFailSilently) {
     g_S_Globalstats.tx_bytes_current = 7;
     EXPECT_EQ(CheckTxBytes(), 0);

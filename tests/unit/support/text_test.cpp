@@ -101,6 +101,15 @@ TEST(Text, ToIntTakesTheLeadingNumber) {
     EXPECT_EQ(ToInt("-2147483648"), INT_MIN);
 }
 
+// Also where a long has 32 bits and would stop at the greatest one.
+TEST(Text, ToIntKeepsTheLow32BitsOfAGreatNumber) {
+    EXPECT_EQ(ToInt("2147483648"), INT_MIN);
+    EXPECT_EQ(ToInt("4294967295"), -1);
+    EXPECT_EQ(ToInt("4294967304"), 8);
+    EXPECT_EQ(ToInt("9223372036854775807"), -1);
+    EXPECT_EQ(ToInt("99999999999999999999"), -1) << "stops at the greatest number of 64 bits";
+}
+
 TEST(Text, FormatTakesWhateverLengthItNeeds) {
     const std::string word(5000, 'x');
     EXPECT_EQ(Format("%d:%s", -3, word.c_str()), "-3:" + word);
