@@ -1,3 +1,5 @@
+// The APN of the LTE cards, kept by the modem in context 3.
+
 #include "connection/apn_provisioning.h"
 
 #include <unistd.h>

@@ -1,3 +1,5 @@
+// Traffic made on purpose, and the counter that must show it.
+
 #include "connection/link_health.h"
 
 #include <unistd.h>

@@ -1,3 +1,5 @@
+// Is the data call up? If not, why did it end, and up with it again.
+
 #include "connection/lte_supervision.h"
 
 #include <unistd.h>
@@ -9,6 +11,7 @@
 #include "connection/link_health.h"
 #include "connection/qmi_texts.h"
 #include "connection/wwan_interface.h"
+#include "modem/answer.h"
 #include "modem/at_channel.h"
 #include "modem/reset_device.h"
 #include "modem/response_fields.h"
@@ -156,7 +159,7 @@ int IsNovatelConnected() {
     std::string response = SendAtCommand("AT$NWQMISTATUS", kStatusWait);
     ShiftPreviousResults();
     std::replace(response.begin(), response.end(), '\r', '\n');
-    for (const std::string& line : cStringTokenizer(response, '\n')) {
+    for (const std::string& line : LinesOf(response)) {
         LogAbove(1, "DEBUG: %s(): checking line : %s", __func__, line.c_str());
         TakeQmiLine(line);
     }

@@ -1,13 +1,11 @@
+// What the numbers of a QMI status mean.
+
 #include "connection/qmi_texts.h"
 
+#include "support/code_text.h"
 #include "support/text.h"
 
 namespace {
-
-struct CodeText {
-    int code;
-    const char* text;
-};
 
 constexpr CodeText kQmiResults[] = {
     {1, "Message incorrect or corrupt. (1)"},
@@ -35,19 +33,12 @@ constexpr CodeText kCallEndReasons[] = {
     {10, "Authentication failed (10)"},
 };
 
-template <std::size_t N>
-void Describe(const CodeText (&texts)[N], int code, std::string& text) {
-    for (const CodeText& row : texts) {
-        if (row.code == code) text = row.text;
-    }
-}
-
 }  // namespace
 
 void DescribeQmiResult(std::string& text) {
-    if (IsInteger(text)) Describe(kQmiResults, ToInt(text), text);
+    if (IsInteger(text)) DescribeCode(kQmiResults, ToInt(text), text);
 }
 
 void DescribeCallEndReason(std::string& text) {
-    Describe(kCallEndReasons, ToInt(text), text);
+    DescribeCode(kCallEndReasons, ToInt(text), text);
 }

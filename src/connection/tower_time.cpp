@@ -1,14 +1,16 @@
+// Four clocks that modems have, and what is made of a time before it is believed.
+
 #include "connection/tower_time.h"
 
 #include <cstdio>
 #include <string>
 
+#include "modem/answer.h"
 #include "modem/at_channel.h"
 #include "state/settings.h"
 #include "state/timers.h"
 #include "support/countdown_timer.h"
 #include "support/shell.h"
-#include "support/string_tokenizer.h"
 #include "support/system_log.h"
 #include "support/text.h"
 
@@ -74,7 +76,7 @@ void LogDateAndTime(const TowerTime& t) {
 // Stops at the first line of six numbers, good or bad. Numbers are taken over from it only.
 void AskClock(const ClockFormat& format, TowerTime& time) {
     const std::string response = SendAtCommand(format.command, kAnswerWait);
-    for (const std::string& line : cStringTokenizer(response, '\n')) {
+    for (const std::string& line : LinesOf(response)) {
         TowerTime scanned;
         const int matches = format.scan(line.c_str(), scanned);
         LogAbove(0, "DEBUG: Got num matches %d", matches);
@@ -125,7 +127,7 @@ bool AskFallbackClock(TowerTime& time) {
     bool have_date = false;
     bool have_time = false;
     const std::string response = SendAtCommand(k881FallbackCommand, kAnswerWait);
-    for (const std::string& line : cStringTokenizer(response, '\n')) {
+    for (const std::string& line : LinesOf(response)) {
         if (line == "ERROR" || line == "ERROR\r") {
             Log("Modem does not appear to support tower time command, cannot time sync");
             return false;

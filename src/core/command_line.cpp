@@ -1,3 +1,5 @@
+// Options are recognised by a word inside them, in a fixed order.
+
 #include "core/command_line.h"
 
 #include <cstdio>

@@ -1,3 +1,5 @@
+// Two KEY=value files, watched by their modification time.
+
 #include "core/config_files.h"
 
 #include <sys/stat.h>

@@ -1,3 +1,5 @@
+// Error counts that others and we ourselves keep, and the rule that makes a reset of them.
+
 #include "core/error_checks.h"
 
 #include <fcntl.h>

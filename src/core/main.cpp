@@ -1,3 +1,5 @@
+// The way in.
+
 #include "core/main_loop.h"
 #include "core/process.h"
 #include "core/startup.h"

@@ -1,3 +1,5 @@
+// One pass, as the schedule has it; all pacing is here and in the transactions.
+
 #include "core/main_loop.h"
 
 #include <unistd.h>

@@ -1,3 +1,5 @@
+// The ways out. A handler only sets a flag; the next pass acts on it.
+
 #include "core/shutdown.h"
 
 #include <unistd.h>

@@ -1,3 +1,5 @@
+// From the command line to the first status file, step by step.
+
 #include "core/startup.h"
 
 #include <unistd.h>

@@ -1,3 +1,5 @@
+// The reset tool is the router's own and is never waited for.
+
 #include "modem/reset_device.h"
 
 #include "support/shell.h"

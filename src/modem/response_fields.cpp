@@ -1,3 +1,5 @@
+// Values out of single lines, with the traces that level 2 shows of them.
+
 #include "modem/response_fields.h"
 
 #include "support/system_log.h"

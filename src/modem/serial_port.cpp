@@ -1,3 +1,5 @@
+// The port's settings by the old short requests, which every driver answers.
+
 #include "modem/serial_port.h"
 
 #include <fcntl.h>

@@ -1,22 +1,15 @@
+// 3GPP 27.005, 3.2.5: what a refused message was refused for.
+
 #include "sms/cms_errors.h"
 
-#include <algorithm>
-#include <iterator>
-
+#include "support/code_text.h"
 #include "support/text.h"
 
 namespace {
 
-constexpr int kHighestCode = 512;
-
-struct CmsError {
-    int code;
-    const char* description;
-};
-
 // By code, ascending. The stray "x" and "X" marks, "usynot" and the blank behind "PUK2 required"
 // are deliberate: field tools compare whole log lines.
-constexpr CmsError kCmsErrors[] = {
+constexpr CodeText kCmsErrors[] = {
     {1, "Unassigned (unallocated) number"},
     {8, "Operator determined barring"},
     {10, "Call barred"},
@@ -92,11 +85,7 @@ constexpr CmsError kCmsErrors[] = {
 }  // namespace
 
 std::string CmsErrorText(int code) {
-    const char* description = "Undocumented error";
-    const CmsError* row = std::find_if(std::begin(kCmsErrors), std::end(kCmsErrors),
-                                       [&](const CmsError& error) { return error.code == code; });
-    if (code >= 0 && code <= kHighestCode && row != std::end(kCmsErrors)) {
-        description = row->description;
-    }
-    return Format("CMS error #%d: %s", code, description);
+    const char* description = TextOfCode(kCmsErrors, code);
+    return Format("CMS error #%d: %s", code,
+                  description != nullptr ? description : "Undocumented error");
 }

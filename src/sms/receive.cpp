@@ -1,7 +1,10 @@
+// A listing becomes messages, the messages become files, and the modem forgets them.
+
 #include "sms/receive.h"
 
 #include <deque>
 
+#include "modem/answer.h"
 #include "modem/at_channel.h"
 #include "sms/spool.h"
 #include "state/settings.h"
@@ -21,7 +24,7 @@ constexpr unsigned kListWait = 2;      // seconds
 constexpr unsigned kDeleteWait = 1;    // seconds
 
 cStringTokenizer TrimmedLines(const std::string& response) {
-    cStringTokenizer lines(response, '\n');
+    cStringTokenizer lines = LinesOf(response);
     lines.TrimTokens();
     return lines;
 }

@@ -1,3 +1,5 @@
+// One file a pass; what fails waits, and is given up at the third time.
+
 #include "sms/send.h"
 
 #include <sys/stat.h>

@@ -1,3 +1,5 @@
+// The spool as a stranger may have left it: names, links, ages, contents.
+
 #include "sms/spool.h"
 
 #include <dirent.h>

@@ -1,3 +1,5 @@
+// The record, and what it says before the modem has said anything.
+
 #include "state/statistics_record.h"
 
 GlobalStats g_S_Globalstats;

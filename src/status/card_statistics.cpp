@@ -1,3 +1,5 @@
+// The published keys, in the order in which readers have always found them.
+
 #include "status/card_statistics.h"
 
 #include <algorithm>

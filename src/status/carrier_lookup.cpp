@@ -1,8 +1,11 @@
+// From the network number in use to the carrier's name, by way of a list of 1,500 names.
+
 #include "status/carrier_lookup.h"
 
 #include <algorithm>
 #include <string>
 
+#include "modem/answer.h"
 #include "modem/at_channel.h"
 #include "modem/response_fields.h"
 #include "state/settings.h"
@@ -25,7 +28,7 @@ void LogTokenCount(const char* command, const cStringTokenizer& lines) {
 
 // Empty when the modem does not tell.
 std::string ReadPlmn() {
-    const cStringTokenizer lines(SendAtCommand(kGsmInfoCommand, kAnswerWait), '\n');
+    const cStringTokenizer lines = LinesOf(SendAtCommand(kGsmInfoCommand, kAnswerWait));
     LogTokenCount(kGsmInfoCommand, lines);
     std::string number;
     const bool found = std::any_of(lines.begin(), lines.end(), [&](const std::string& line) {
@@ -51,16 +54,13 @@ bool NameIsKnownFor(const std::string& number) {
 std::string FindOperatorLine(const std::string& number) {
     const std::string response = SendAtCommand(kOperatorListCommand, kAnswerWait);
     LogDebug("DEBUG: AT+COPN list is %d bytes", static_cast<int>(response.size()));
-    const cStringTokenizer lines(response, '\n');
+    const cStringTokenizer lines = LinesOf(response);
     LogTokenCount(kOperatorListCommand, lines);
-    for (const std::string& line : lines) {
-        LogAbove(1, "DEBUG: checking line : %s", line.c_str());
-        if (!Contains(line, number)) continue;
-        LogDebug("DEBUG: found carrier number %s", number.c_str());
-        LogDebug("DEBUG:     on line matching %s", line.c_str());
-        return line;
-    }
-    return "";
+    const std::string* line = FindLine(lines, number);
+    if (line == nullptr) return "";
+    LogDebug("DEBUG: found carrier number %s", number.c_str());
+    LogDebug("DEBUG:     on line matching %s", line->c_str());
+    return *line;
 }
 
 }  // namespace

@@ -1,13 +1,14 @@
+// The status page of the 881 as a table of labels, and the temperature of the Novatel cards.
+
 #include "status/health_report.h"
 
 #include <string>
 
+#include "modem/answer.h"
 #include "modem/at_channel.h"
 #include "modem/response_fields.h"
 #include "state/settings.h"
 #include "state/statistics_record.h"
-#include "support/string_tokenizer.h"
-#include "support/system_log.h"
 #include "support/text.h"
 
 namespace {
@@ -180,18 +181,17 @@ void Reset() {
 void QueryTemperature() {
     constexpr char kLabel[] = "+TEMP:";
     Reset();
-    for (const std::string& line : cStringTokenizer(SendAtCommand("AT+TEMP", 0), '\n')) {
-        LogAbove(1, "DEBUG: checking line : %s", line.c_str());
-        const auto found = line.find(kLabel);
-        if (found == std::string::npos) continue;
-        LogAbove(1, "DEBUG: line looks like %s", kLabel);
-        Store({kLabel, &S::temperature, Trim}, line.substr(found + sizeof(kLabel) - 1));
+    for (const std::string& line : LinesOf(SendAtCommand("AT+TEMP", 0))) {
+        LogChecking(line);
+        if (!Contains(line, kLabel)) continue;
+        LogHit(Hit::kPlain, kLabel);
+        Store({kLabel, &S::temperature, Trim}, Behind(line, kLabel));
     }
 }
 
 void QueryStatusPage() {
     Reset();
-    for (const std::string& line : cStringTokenizer(SendAtCommand("at!gstatus?", 0), '\n')) {
+    for (const std::string& line : LinesOf(SendAtCommand("at!gstatus?", 0))) {
         for (const StatusRow& row : kStatusRows) {
             if (Applies(row.when)) TakeRow(line, row);
         }

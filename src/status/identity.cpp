@@ -1,14 +1,15 @@
+// The identity queries: who is asked when, what is asked, and how the value is found.
+
 #include "status/identity.h"
 
 #include <string>
 
+#include "modem/answer.h"
 #include "modem/at_channel.h"
 #include "state/settings.h"
 #include "state/statistics_record.h"
 #include "status/carrier_lookup.h"
 #include "status/identity_rules.h"
-#include "support/string_tokenizer.h"
-#include "support/system_log.h"
 #include "support/text.h"
 
 namespace {
@@ -96,9 +97,7 @@ void RunQuery(const IdentityQuery& query) {
     if (query.asked == kOnce && !IsStillUnknown(field)) return;
     if ((query.cards & (1U << g_i_CardType)) == 0) return;
     if (query.reset != nullptr) field = query.reset;
-    const cStringTokenizer lines(SendAtCommand(query.command, query.wait), '\n');
-    LogAbove(1, "DEBUG: token count is : %d", static_cast<int>(lines.GetTokenCount()));
-    query.rule.take(query.rule, lines, field);
+    query.rule.take(query.rule, CountedLinesOf(SendAtCommand(query.command, query.wait)), field);
 }
 
 }  // namespace

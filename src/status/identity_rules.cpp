@@ -1,23 +1,13 @@
+// One function for each way in which a value stands in an answer.
+
 #include "status/identity_rules.h"
 
+#include "modem/answer.h"
 #include "state/settings.h"
 #include "support/system_log.h"
 #include "support/text.h"
 
 namespace {
-
-void LogChecking(const std::string& line) {
-    LogAbove(1, "DEBUG: checking line : %s", line.c_str());
-}
-
-void LogCleaned(const std::string& line) {
-    LogAbove(1, "DEBUG: line after cleaning (length %d): %s", static_cast<int>(line.size()),
-             line.c_str());
-}
-
-std::string Behind(const std::string& line, const std::string& label) {
-    return line.substr(line.find(label) + label.size());
-}
 
 // The trimmed rest of each line that holds the label goes to `use`.
 template <typename Use>
@@ -25,7 +15,7 @@ void ForEachLabelled(const cStringTokenizer& lines, const char* label, Use use) 
     for (const std::string& line : lines) {
         LogChecking(line);
         if (!Contains(line, label)) continue;
-        LogAbove(1, "DEBUG: line looks like '%s', cleaning white space", label);
+        LogHit(Hit::kQuotedAndCleaned, label);
         std::string rest = Behind(line, label);
         Trim(rest);
         use(rest);
@@ -48,15 +38,12 @@ bool BetweenMarks(const std::string& line, char mark, const char* name, std::str
 }  // namespace
 
 void TakeBehindLabel(const AnswerRule& rule, const cStringTokenizer& lines, std::string& field) {
-    for (const std::string& line : lines) {
-        LogChecking(line);
-        if (!Contains(line, rule.needle)) continue;
-        LogAbove(1, "DEBUG: line looks like %s, cleaning white space", rule.logged_label);
-        std::string value = Behind(line, rule.needle);
-        rule.clean(value);
-        field = value;
-        return;
-    }
+    const std::string* line = FindLine(lines, rule.needle);
+    if (line == nullptr) return;
+    LogHit(Hit::kCleaned, rule.logged_label);
+    std::string value = Behind(*line, rule.needle);
+    rule.clean(value);
+    field = value;
 }
 
 void TakeUnechoedLine(const AnswerRule& rule, const cStringTokenizer& lines, std::string& field) {
@@ -82,7 +69,7 @@ void TakeNumberLine(const AnswerRule& rule, const cStringTokenizer& lines, std::
     for (const std::string& line : lines) {
         LogChecking(line);
         if (line.size() <= rule.longer_than) continue;
-        LogAbove(1, "DEBUG: line looks like %s, cleaning white space", rule.needle);
+        LogHit(Hit::kCleaned, rule.needle);
         std::string value = line;
         CleanWhiteSpace(value);
         LogCleaned(value);
@@ -95,19 +82,16 @@ void TakeNumberLine(const AnswerRule& rule, const cStringTokenizer& lines, std::
 
 void TakeSubscriberNumber(const AnswerRule& rule, const cStringTokenizer& lines,
                           std::string& field) {
-    for (const std::string& line : lines) {
-        LogChecking(line);
-        if (!Contains(line, rule.needle)) continue;
-        LogAbove(1, "DEBUG: Found +CNUM: line");
-        std::string number;
-        if (!BetweenMarks(line, ',', "COMMA", number)) return;
-        RemoveChar(number, '"');
-        if (IsInteger(number)) {
-            field = number;
-        } else {
-            LogDebug("DEBUG: Returned non numeric MDN '%s'", number.c_str());
-        }
-        return;
+    const std::string* line = FindLine(lines, rule.needle);
+    if (line == nullptr) return;
+    LogAbove(1, "DEBUG: Found +CNUM: line");
+    std::string number;
+    if (!BetweenMarks(*line, ',', "COMMA", number)) return;
+    RemoveChar(number, '"');
+    if (IsInteger(number)) {
+        field = number;
+    } else {
+        LogDebug("DEBUG: Returned non numeric MDN '%s'", number.c_str());
     }
 }
 
@@ -119,20 +103,17 @@ void TakePriId(const AnswerRule&, const cStringTokenizer& lines, std::string& fi
 }
 
 void TakeQuotedVersion(const AnswerRule& rule, const cStringTokenizer& lines, std::string& field) {
-    for (const std::string& line : lines) {
-        LogChecking(line);
-        if (!Contains(line, rule.needle)) continue;
-        LogAbove(1, "DEBUG: Found ^HVER: line");
-        BetweenMarks(line, '"', "Quote", field);
-        return;
-    }
+    const std::string* line = FindLine(lines, rule.needle);
+    if (line == nullptr) return;
+    LogAbove(1, "DEBUG: Found ^HVER: line");
+    BetweenMarks(*line, '"', "Quote", field);
 }
 
 void TakeContexts(const AnswerRule& rule, const cStringTokenizer& lines, std::string& field) {
     for (const std::string& line : lines) {
         LogChecking(line);
         if (!Contains(line, rule.needle)) continue;
-        LogAbove(1, "DEBUG: line looks like %s", rule.needle);
+        LogHit(Hit::kPlain, rule.needle);
         cStringTokenizer fields(Behind(line, rule.needle), ',');
         if (fields.GetTokenCount() <= 3) continue;
         std::string& id = fields[0];

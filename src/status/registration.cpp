@@ -1,15 +1,17 @@
+// Registration by +CREG or +CEREG (3GPP 27.007), and how soon to ask again.
+
 #include "status/registration.h"
 
 #include <cstdio>
 #include <string>
 
+#include "modem/answer.h"
 #include "modem/at_channel.h"
 #include "state/published.h"
 #include "state/settings.h"
 #include "state/statistics_record.h"
 #include "state/timers.h"
 #include "support/countdown_timer.h"
-#include "support/string_tokenizer.h"
 #include "support/system_log.h"
 #include "support/text.h"
 #include "support/text_file_writer.h"
@@ -74,7 +76,7 @@ int ScanNovatel(const std::string& line, Registration& registration) {
 
 int ReadStatus(const std::string& response) {
     Registration registration;
-    for (const std::string& line : cStringTokenizer(response, '\n')) {
+    for (const std::string& line : LinesOf(response)) {
         const int matches =
             IsLteCard() ? ScanNovatel(line, registration) : ScanSierra(line, registration);
         LogDebug("DEBUG: Got num matches %d", matches);

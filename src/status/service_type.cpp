@@ -1,15 +1,17 @@
+// Three families of cards, three ways to ask for the service.
+
 #include "status/service_type.h"
 
 #include <cstdio>
 #include <string>
 
+#include "modem/answer.h"
 #include "modem/at_channel.h"
 #include "modem/response_fields.h"
 #include "state/settings.h"
 #include "state/statistics_record.h"
 #include "state/timers.h"
 #include "support/countdown_timer.h"
-#include "support/string_tokenizer.h"
 #include "support/system_log.h"
 #include "support/text.h"
 
@@ -79,13 +81,12 @@ bool QuerySysMode() {
     SendAtCommand("ATE0", 0);
     const std::string response = SendAtCommand(kSysModeCommand, 0);
     g_S_Globalstats.service_type = "Unknown";
-    for (std::string line : cStringTokenizer(response, '\n')) {
-        LogAbove(1, "DEBUG: checking line : %s", line.c_str());
+    for (std::string line : LinesOf(response)) {
+        LogChecking(line);
         if (!IsSysModeAnswer(line)) continue;
         LogAbove(1, "DEBUG: line not empty, cleaning white space");
         Trim(line);
-        LogAbove(1, "DEBUG: line after cleaning (length %d): %s", static_cast<int>(line.size()),
-                 line.c_str());
+        LogCleaned(line);
         g_S_Globalstats.service_type = line;
         CheckNoServiceTimer();
         if (g_S_Globalstats.previous_service_type == line) continue;
@@ -102,7 +103,7 @@ void QueryRat() {
     SendAtCommand("ATE0", 0);
     const std::string response = SendAtCommand("AT$NWRAT?", 0);
     g_S_Globalstats.service_type = "Unknown";
-    for (const std::string& line : cStringTokenizer(response, '\n')) {
+    for (const std::string& line : LinesOf(response)) {
         int mode = 0;
         int domain = 0;
         int state = 0;
@@ -143,17 +144,12 @@ void TakeSierraService(const SierraQuery& query, const std::string& rest) {
 
 // True when a line of the answer held the label.
 bool AskSierra(const SierraQuery& query) {
-    const cStringTokenizer lines(SendAtCommand(query.command, 0), '\n');
-    LogAbove(1, "DEBUG: token count is : %d", static_cast<int>(lines.GetTokenCount()));
-    for (const std::string& line : lines) {
-        LogAbove(1, "DEBUG: checking line : %s", line.c_str());
-        const auto found = line.find(query.label);
-        if (found == std::string::npos) continue;
-        LogAbove(1, "DEBUG: line looks like '%s', cleaning white space", query.label);
-        TakeSierraService(query, line.substr(found + std::string(query.label).size()));
-        return true;
-    }
-    return false;
+    const cStringTokenizer lines = CountedLinesOf(SendAtCommand(query.command, 0));
+    const std::string* line = FindLine(lines, query.label);
+    if (line == nullptr) return false;
+    LogHit(Hit::kQuotedAndCleaned, query.label);
+    TakeSierraService(query, Behind(*line, query.label));
+    return true;
 }
 
 void QuerySierraService() {

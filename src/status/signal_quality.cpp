@@ -1,15 +1,17 @@
+// The signal, in the three forms in which modems tell it, and the display that shows it.
+
 #include "status/signal_quality.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <string>
 
+#include "modem/answer.h"
 #include "modem/at_channel.h"
 #include "modem/response_fields.h"
 #include "state/published.h"
 #include "state/settings.h"
 #include "state/statistics_record.h"
-#include "support/string_tokenizer.h"
 #include "support/system_log.h"
 #include "support/text.h"
 #include "support/text_file_writer.h"
@@ -55,11 +57,10 @@ void ParseCsq(const std::string& line) {
 }
 
 void TakeSignalLabel(const std::string& line, const SignalLabel& label) {
-    const auto found = line.find(label.needle);
-    if (found == std::string::npos) return;
-    LogAbove(1, "DEBUG: line looks like %s", label.needle);
+    if (!Contains(line, label.needle)) return;
+    LogHit(Hit::kPlain, label.needle);
     std::string& field = g_S_Globalstats.*label.field;
-    field = line.substr(found + std::string(label.needle).size());
+    field = Behind(line, label.needle);
     if (label.field != &GlobalStats::rssi) return;
     if (IsInteger(field)) {
         NegateNumberText(field);
@@ -102,10 +103,8 @@ void QueryNovatelSignal() {
 
     const std::string response = SendAtCommand("AT$NWRSSI=15", 0);
     for (const SignalLabel& label : kSignalLabels) (g_S_Globalstats.*label.field).clear();
-    const cStringTokenizer lines(response, '\n');
-    LogAbove(1, "DEBUG: token count is : %d", static_cast<int>(lines.GetTokenCount()));
-    for (std::string line : lines) {
-        LogAbove(1, "DEBUG: checking line : %s", line.c_str());
+    for (std::string line : CountedLinesOf(response)) {
+        LogChecking(line);
         CleanWhiteSpace(line);
         for (const SignalLabel& label : kSignalLabels) TakeSignalLabel(line, label);
     }
@@ -117,17 +116,12 @@ void QuerySierraEcio() {
     constexpr char kLabel[] = "Tot Ec/Io:";
     const std::string response = SendAtCommand("at+ecio?", 0);
     g_S_Globalstats.ecio.clear();
-    const cStringTokenizer lines(response, '\n');
-    LogAbove(1, "DEBUG: token count is : %d", static_cast<int>(lines.GetTokenCount()));
-    for (const std::string& line : lines) {
-        LogAbove(1, "DEBUG: checking line : %s", line.c_str());
-        const auto found = line.find(kLabel);
-        if (found == std::string::npos) continue;
-        LogAbove(1, "DEBUG: line looks like '%s', cleaning white space", kLabel);
-        std::string value = line.substr(found + sizeof(kLabel) - 1);
-        value.erase(std::min(value.find("dB"), value.size()));
-        CleanWhiteSpace(value);
-        g_S_Globalstats.ecio = value;
-        return;
-    }
+    const cStringTokenizer lines = CountedLinesOf(response);
+    const std::string* line = FindLine(lines, kLabel);
+    if (line == nullptr) return;
+    LogHit(Hit::kQuotedAndCleaned, kLabel);
+    std::string value = Behind(*line, kLabel);
+    value.erase(std::min(value.find("dB"), value.size()));
+    CleanWhiteSpace(value);
+    g_S_Globalstats.ecio = value;
 }

@@ -1,10 +1,14 @@
+// AT^SYSINFO of the Sierra cards, the SIM state of the Novatel cards.
+
 #include "status/system_info.h"
 
 #include <string>
 
+#include "modem/answer.h"
 #include "modem/at_channel.h"
 #include "state/settings.h"
 #include "state/statistics_record.h"
+#include "support/code_text.h"
 #include "support/string_tokenizer.h"
 #include "support/system_log.h"
 #include "support/text.h"
@@ -13,44 +17,25 @@ namespace {
 
 constexpr unsigned kSysinfoFields = 5;
 
-struct NumberText {
-    int number;
-    const char* text;
-};
-
-constexpr NumberText kServiceStatuses[] = {{0, "No Service"},
-                                           {1, "Limited Service"},
-                                           {2, "Service"},
-                                           {3, "Limited Regional Service"},
-                                           {4, "Power Save Mode"}};
-constexpr NumberText kServiceDomains[] = {{0, "No Service"},
-                                          {1, "Circuit Switched Service Only"},
-                                          {2, "Packet Switched Service Only"},
-                                          {3, "Circuit and Packet Switched Service"}};
+constexpr CodeText kServiceStatuses[] = {{0, "No Service"},
+                                         {1, "Limited Service"},
+                                         {2, "Service"},
+                                         {3, "Limited Regional Service"},
+                                         {4, "Power Save Mode"}};
+constexpr CodeText kServiceDomains[] = {{0, "No Service"},
+                                        {1, "Circuit Switched Service Only"},
+                                        {2, "Packet Switched Service Only"},
+                                        {3, "Circuit and Packet Switched Service"}};
 // "No Serivce" is spelled so: the web page looks for it.
-constexpr NumberText kSystemModes[] = {{0, "No Serivce"}, {3, "GSM/GPRS Mode"}, {5, "WCDMA Mode"}};
-constexpr NumberText kSimStates[] = {
+constexpr CodeText kSystemModes[] = {{0, "No Serivce"}, {3, "GSM/GPRS Mode"}, {5, "WCDMA Mode"}};
+constexpr CodeText kSimStates[] = {
     {0, "Not Available"}, {1, "Available"}, {255, "Not Present / PIN Locked"}};
-
-// A number without a text of its own leaves the field as it is.
-template <std::size_t N>
-void Describe(const NumberText (&texts)[N], int number, std::string& field) {
-    for (const NumberText& row : texts) {
-        if (row.number == number) field = row.text;
-    }
-}
 
 void QuerySimReady() {
     constexpr char kReady[] = "COMPLETED";
-    const cStringTokenizer lines(SendAtCommand("at$qcsimstat?", 1), '\n');
-    LogAbove(1, "DEBUG: token count is : %d", static_cast<int>(lines.GetTokenCount()));
-    for (const std::string& line : lines) {
-        LogAbove(1, "DEBUG: checking line : %s", line.c_str());
-        if (!Contains(line, kReady)) continue;
-        LogAbove(1, "DEBUG: line looks like %s, cleaning white space", kReady);
-        g_S_Globalstats.sim_ready = true;
-        return;
-    }
+    if (FindLine(CountedLinesOf(SendAtCommand("at$qcsimstat?", 1)), kReady) == nullptr) return;
+    LogHit(Hit::kCleaned, kReady);
+    g_S_Globalstats.sim_ready = true;
 }
 
 void LogTokenCount(const cStringTokenizer& tokens) {
@@ -66,15 +51,15 @@ void QuerySysinfo() {
     LogTokenCount(fields);
     if (fields.GetTokenCount() < kSysinfoFields) return;
 
-    Describe(kServiceStatuses, ToInt(fields[0]), g_S_Globalstats.service_status);
-    Describe(kServiceDomains, ToInt(fields[1]), g_S_Globalstats.service_domain);
+    DescribeCode(kServiceStatuses, ToInt(fields[0]), g_S_Globalstats.service_status);
+    DescribeCode(kServiceDomains, ToInt(fields[1]), g_S_Globalstats.service_domain);
     // Compared with the character codes of "0" and "1": deliberate. The web page shows roaming
     // from the registration, and this field has always stayed 0.
     const int roaming = ToInt(fields[2]);
     if (roaming == 48) g_S_Globalstats.roaming = 0;
     if (roaming == 49) g_S_Globalstats.roaming = 1;
-    Describe(kSystemModes, ToInt(fields[3]), g_S_Globalstats.system_mode);
-    Describe(kSimStates, ToInt(fields[4]), g_S_Globalstats.sim_status);
+    DescribeCode(kSystemModes, ToInt(fields[3]), g_S_Globalstats.system_mode);
+    DescribeCode(kSimStates, ToInt(fields[4]), g_S_Globalstats.sim_status);
 }
 
 }  // namespace

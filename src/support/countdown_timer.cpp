@@ -1,3 +1,5 @@
+// 32-bit arithmetic on the wall clock, with all that a set clock does to it.
+
 #include "support/countdown_timer.h"
 
 #include <sys/time.h>

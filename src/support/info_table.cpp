@@ -1,3 +1,5 @@
+// Lines to labels and fields.
+
 #include "support/info_table.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// The daemon's own log file: one line at a time, one generation kept.
+
 #include "support/logger.h"
 
 #include <fcntl.h>

@@ -1,3 +1,5 @@
+// system(), and the quotes around a foreign word.
+
 #include "support/shell.h"
 
 #include <cstdlib>

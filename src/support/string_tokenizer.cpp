@@ -1,3 +1,5 @@
+// k delimiters, k + 1 tokens.
+
 #include "support/string_tokenizer.h"
 
 #include <ostream>

@@ -1,3 +1,5 @@
+// Three rules, one priority, one sink.
+
 #include "support/system_log.h"
 
 #include <syslog.h>

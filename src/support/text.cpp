@@ -1,3 +1,5 @@
+// Small operations on text; none knows what the text means.
+
 #include "support/text.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Lines into a file in one write, and the traps on the way to it.
+
 #include "support/text_file_writer.h"
 
 #include <fcntl.h>
