@@ -10,6 +10,7 @@
 #include <fstream>
 #include <string>
 
+#include "rig/card_options.h"
 #include "rig/private_root.h"
 #include "rig/program.h"
 #include "rig/world.h"
@@ -34,8 +35,8 @@ long ResidentKilobytes() {
     return sum;
 }
 
-void LiveADay(const char* option) {
-    World world(option);
+void LiveADay(const cards::Model& model) {
+    World world(OptionOf(model));
     world.Keep({Kind::kLog});
     world.Start();
     world.RunFor(10min);
@@ -46,12 +47,11 @@ void LiveADay(const char* option) {
     std::printf(
         "%-8s %8.1f s a day %8.1f simulated hours a second %6ld KiB after 10 minutes "
         "%6ld KiB after a day\n",
-        *option == '\0' ? "generic" : option, taken.count(), 24 / taken.count(), early,
-        ResidentKilobytes());
+        model.name, taken.count(), 24 / taken.count(), early, ResidentKilobytes());
 }
 
 int LiveAllDays() {
-    for (const char* option : {"", "-881", "-E362", "-E371", "-USB305", "-mc75i"}) LiveADay(option);
+    for (const cards::Model& model : cards::kModels) LiveADay(model);
     return ::testing::Test::HasFailure() ? 1 : 0;
 }
 

@@ -19,23 +19,6 @@ constexpr sim::Micros kLongEnough = 60 * 1000000LL;  // for any answer
 
 struct Enough {};
 
-const char* ProfileOf(int card) {
-    switch (card) {
-        case kCardSierra881:
-            return "881";
-        case kCardSierraUsb305:
-            return "USB305";
-        case kCardMc75i:
-            return "mc75i";
-        case kCardNovatelE362:
-            return "E362";
-        case kCardNovatelE371:
-            return "E371";
-        default:
-            return "generic";
-    }
-}
-
 // Every command of a pass with the simulated modem's answer to it.
 void LearnAnswers(fake::World& world, const char* profile) {
     sim::Modem modem(sim::LoadProfile(profile));
@@ -84,7 +67,9 @@ class Pass : public fake::DaemonTest {};
 TEST_F(Pass, Costs) {
     const char* card = std::getenv("CARD");
     g_i_CardType = card != nullptr ? std::atoi(card) : 0;
-    LearnAnswers(world, ProfileOf(g_i_CardType));
+    const cards::Model* model = cards::ModelOfType(g_i_CardType);
+    ASSERT_NE(model, nullptr) << "CARD is the number of a card";
+    LearnAnswers(world, model->name);
     long passes = 0;
     // Only the pause at the end of a pass lasts two seconds at a stretch.
     std::int64_t before = world.now_us;

@@ -11,33 +11,17 @@
 
 namespace {
 
-struct CardOption {
-    const char* word;
-    CardType card;
-    const char* message;
-};
-
-// In the order in which an option is searched for them: "-E362E371" is an E362. The maker's name
-// is misspelled in the last message and stays so.
-constexpr CardOption kCardOptions[] = {
-    {"881", kCardSierra881, "card type set to Sierra 881"},
-    {"E362", kCardNovatelE362, "card type set to Novatel E362/USB551L"},
-    {"E371", kCardNovatelE371, "card type set to Novatel E371/MC679"},
-    {"USB305", kCardSierraUsb305, "card type set to Sierra USB 305 Lightning"},
-    {"mc75i", kCardMc75i, "card type set to Centerion MC75i"},
-};
-
 // An argument counts with its first 80 characters.
 std::string FirstEighty(const char* argument) {
     return std::string(argument, strnlen(argument, sizeof(g_c_PortPath)));
 }
 
-void SelectCard(const CardOption& option) {
-    g_i_CardType = option.card;
-    if (option.card == kCardNovatelE362) g_i_IsE362 = 1;
-    if (option.card == kCardNovatelE371) g_i_IsE362 = 0;
-    if (option.card == kCardMc75i) g_i_IsMc75i = 1;
-    Log("%s", option.message);
+void SelectCard(const cards::Model& model) {
+    g_i_CardType = model.type;
+    if (model.mark == cards::Mark::kIsE362) g_i_IsE362 = 1;
+    if (model.mark == cards::Mark::kIsNotE362) g_i_IsE362 = 0;
+    if (model.mark == cards::Mark::kIsMc75i) g_i_IsMc75i = 1;
+    Log("card type set to %s", model.logged_as);
     // Every card option takes -cind1 back, deliberately: the start scripts put it last where a
     // card needs it.
     g_i_UseCind1 = 0;
@@ -54,9 +38,18 @@ void ReadOption(const char* argument) {
         Log("using querry type cind1");  // Spelled so on purpose: searched for in the field.
         return;
     }
-    for (const CardOption& card : kCardOptions) {
-        if (Contains(option, card.word)) return SelectCard(card);
+    if (const cards::Model* model = cards::ModelOfOption(option)) SelectCard(*model);
+}
+
+// "-881|-E362|...", as a usage text has it.
+std::string CardOptions() {
+    std::string options;
+    for (const cards::Model& model : cards::kModels) {
+        if (!cards::HasOption(model)) continue;
+        options += options.empty() ? "-" : "|-";
+        options += model.name;
     }
+    return options;
 }
 
 }  // namespace
@@ -82,11 +75,11 @@ bool ReadArguments(int argc, const char* const* argv) {
 
 void PrintUsage(const std::string& program_name) {
     std::fprintf(stderr,
-                 "usage: %s [-881|-E362|-E371|-USB305|-mc75i] [-cind1] [-d]... DEVICE\n"
+                 "usage: %s [%s] [-cind1] [-d]... DEVICE\n"
                  "\n"
                  "  DEVICE   the modem's AT command port, for example /dev/ttyUSB0\n"
                  "  -881 ... the modem's model; a generic modem without it\n"
                  "  -cind1   poll the signal with AT+CIND? (stands behind the model)\n"
                  "  -d       more in the system log; up to four times\n",
-                 program_name.c_str());
+                 program_name.c_str(), CardOptions().c_str());
 }

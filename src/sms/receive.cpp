@@ -103,7 +103,7 @@ void WriteOut(const SmsMessage& message, int number) {
 }  // namespace
 
 void CheckCmgfSupport() {
-    g_b_SmsCmgfSupported = g_i_CardType == kCardSierra881 && AcceptsTextMode();
+    g_b_SmsCmgfSupported = cards::Has(cards::kMessaging, g_i_CardType) && AcceptsTextMode();
     if (g_b_SmsCmgfSupported) {
         Log("Modem supports CMGF SMS");
     } else {

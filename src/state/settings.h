@@ -6,21 +6,11 @@
 #include <deque>
 #include <string>
 
+#include "state/cards.h"
 #include "support/system_log.h"  // g_i_DebugLevel
 
 class cKVTLogger;
 struct SmsMessage;
-
-// Modem models, as stored in g_i_CardType and compared by number throughout the program.
-enum CardType : int {
-    kCardGeneric = 0,
-    kCardSierra881 = 2,
-    kCardType3 = 3,  // Served by the service-type query; no option selects it.
-    kCardSierraUsb305 = 4,
-    kCardMc75i = 6,
-    kCardNovatelE362 = 7,
-    kCardNovatelE371 = 8,
-};
 
 // --- Written by the command line -----------------------------------------------------------------
 extern int g_i_CardType;        // a CardType
@@ -73,7 +63,7 @@ extern volatile std::sig_atomic_t g_b_GotSigInt;
 extern volatile std::sig_atomic_t g_b_GotSigTerm;
 extern volatile std::sig_atomic_t g_b_GotSigHup;
 
-// The two Novatel cards: an LTE modem with the network interface wwan0 and a QMI data call.
+// An LTE modem with the network interface wwan0 and a QMI data call.
 inline bool IsLteCard() {
-    return g_i_CardType == kCardNovatelE362 || g_i_CardType == kCardNovatelE371;
+    return cards::Has(cards::kLte, g_i_CardType);
 }

@@ -16,18 +16,13 @@ namespace {
 
 using S = GlobalStats;
 
-constexpr unsigned Card(CardType type) {
-    return 1U << type;
-}
-
-constexpr unsigned k881 = Card(kCardSierra881);
-constexpr unsigned kUsb305 = Card(kCardSierraUsb305);
-constexpr unsigned kMc75i = Card(kCardMc75i);
-constexpr unsigned kE362 = Card(kCardNovatelE362);
-constexpr unsigned kE371 = Card(kCardNovatelE371);
-constexpr unsigned kSierra = k881 | kUsb305;
-constexpr unsigned kNovatel = kE362 | kE371;
-constexpr unsigned kAllCards = ~0U;
+constexpr cards::Set k881 = cards::Only(kCardSierra881);
+constexpr cards::Set kUsb305 = cards::Only(kCardSierraUsb305);
+constexpr cards::Set kMc75i = cards::Only(kCardMc75i);
+constexpr cards::Set kE362 = cards::Only(kCardNovatelE362);
+constexpr cards::Set kE371 = cards::Only(kCardNovatelE371);
+constexpr cards::Set kSierra = k881 | kUsb305;
+constexpr cards::Set kNovatel = kE362 | kE371;
 
 enum class Asked { kOnce, kAlways };  // kOnce: only until the modem has given a value
 constexpr Asked kOnce = Asked::kOnce;
@@ -35,7 +30,7 @@ constexpr Asked kAlways = Asked::kAlways;
 
 struct IdentityQuery {
     StatsText field;
-    unsigned cards;
+    cards::Set asked_of;
     Asked asked;
     const char* reset;  // the field's text before the command is sent; null keeps the old one
     const char* command;
@@ -48,7 +43,7 @@ constexpr const char* kUnknown = "Unknown";
 
 // clang-format off
 constexpr IdentityQuery kPdpContexts =
-    {&S::sim_context_apns, kAllCards, kAlways, "", "AT+CGDCONT?", 0, {TakeContexts, "+CGDCONT:"}};
+    {&S::sim_context_apns, cards::kAll, kAlways, "", "AT+CGDCONT?", 0, {TakeContexts, "+CGDCONT:"}};
 
 // A new modem or field is one row. The pass asks in this order.
 //
@@ -61,7 +56,7 @@ constexpr IdentityQuery kIdentityPass[] = {
         {TakeNumberLine, "an MDN", 8}},
     {&S::mdn, kSierra | kMc75i | kE371, kAlways, kUnknown, "at+cnum", 0,
         {TakeSubscriberNumber, "+CNUM:"}},
-    {&S::serial_number, kAllCards, kOnce, kKeep, "at+gsn", 0,
+    {&S::serial_number, cards::kAll, kOnce, kKeep, "at+gsn", 0,
         {TakeNumberLine, "an IMEI", 10}},
     {&S::sku_priid, kSierra, kOnce, kKeep, "AT!PRIID?", 0,
         {TakePriId}},
@@ -95,7 +90,7 @@ constexpr IdentityQuery kIccids[] = {
 void RunQuery(const IdentityQuery& query) {
     std::string& field = g_S_Globalstats.*query.field;
     if (query.asked == kOnce && !IsStillUnknown(field)) return;
-    if ((query.cards & (1U << g_i_CardType)) == 0) return;
+    if (!cards::Has(query.asked_of, g_i_CardType)) return;
     if (query.reset != nullptr) field = query.reset;
     query.rule.take(query.rule, CountedLinesOf(SendAtCommand(query.command, query.wait)), field);
 }

@@ -41,10 +41,6 @@ struct Registration {
     int status = 0;
 };
 
-bool CardReportsRegistration() {
-    return g_i_CardType == kCardSierra881 || g_i_CardType == kCardSierraUsb305 || IsLteCard();
-}
-
 // The second scan counts again from the start, and its result replaces the first. Deliberate, like
 // the test for more matches than it has room for: the log lines show this count.
 int ScanWithCell(const std::string& line, Registration& registration) {
@@ -104,7 +100,7 @@ void TakeStatus(int status) {
 }  // namespace
 
 void CheckRegistration() {
-    if (!CardReportsRegistration()) return;
+    if (!cards::Has(cards::kRegistering, g_i_CardType)) return;
     TakeStatus(ReadStatus(SendAtCommand(IsLteCard() ? "AT+CEREG?" : "AT+CREG?", 0)));
 
     cTextFileWriter activation(published::kActivationStatusFile);

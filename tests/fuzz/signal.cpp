@@ -19,7 +19,7 @@ bool IsMassaged(char c) {
 
 void MustBeWellFormed(const char* path) {
     const std::string fault =
-        worlds::FaultOfStatusFile(worlds::Card::k881, path, FreshDaemon::ReadAll(path));
+        worlds::FaultOfStatusFile(kCardSierra881, path, FreshDaemon::ReadAll(path));
     Must(fault.empty(), fault.c_str());
 }
 

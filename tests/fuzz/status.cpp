@@ -30,17 +30,9 @@
 
 namespace {
 
-using worlds::Card;
-
 constexpr char kNumber[] = "+15551234567";
 constexpr char kMessage[] = "Hello";
 constexpr char kReceived[] = "/tmp/sms/recv";
-
-CardType TypeOf(Card card) {
-    constexpr CardType kTypes[] = {kCardGeneric, kCardSierra881,   kCardSierraUsb305,
-                                   kCardMc75i,   kCardNovatelE362, kCardNovatelE371};
-    return kTypes[static_cast<std::size_t>(card)];
-}
 
 void Send() {
     SendSmSMessage(kNumber, kMessage);
@@ -83,7 +75,7 @@ void AskAll() {
     }
 }
 
-void Teach(fake::World& world, Card card, const std::string& answers) {
+void Teach(fake::World& world, CardType card, const std::string& answers) {
     const cStringTokenizer pieces(answers, '\x1e');
     if (pieces.empty()) return;
     std::vector<std::string> commands = worlds::CommandsOf(card);
@@ -95,7 +87,7 @@ void Teach(fake::World& world, Card card, const std::string& answers) {
     }
 }
 
-void MustHavePublishedWell(Card card) {
+void MustHavePublishedWell(CardType card) {
     for (const std::string& path : worlds::StatusFiles()) {
         const std::string text = FreshDaemon::ReadAll(path);
         const std::string fault = worlds::FaultOfStatusFile(card, path, text);
@@ -111,7 +103,7 @@ void MustHavePublishedWell(Card card) {
     }
 }
 
-void MustHaveSpokenWell(const fake::World& world, Card card) {
+void MustHaveSpokenWell(const fake::World& world, CardType card) {
     worlds::Given given;
     given.card = card;
     given.numbers = {kNumber};
@@ -130,11 +122,11 @@ void FuzzOne(const std::uint8_t* data, std::size_t size) {
     constexpr std::size_t kChoices = 3;
     if (size < kChoices) return;
     FreshDaemon daemon(data[1]);
-    const Card card = worlds::kCards[data[0] % std::size(worlds::kCards)];
+    const CardType card = cards::kModels[data[0] % std::size(cards::kModels)].type;
     Teach(daemon.World(), card, std::string(data + kChoices, data + size));
-    g_i_CardType = TypeOf(card);
+    g_i_CardType = card;
     g_i_FirstHealthReport = data[1] < 128 ? 1 : 0;
-    g_b_SmsCmgfSupported = card == Card::k881;
+    g_b_SmsCmgfSupported = cards::Has(cards::kMessaging, card);
     g_S_PppConfig.time_sync_enabled = true;
     g_S_PppConfig.interface_enabled = data[1] % 4 != 0;
     g_S_Globalstats.sim_ready = true;

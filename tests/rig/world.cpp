@@ -15,6 +15,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "rig/card_options.h"
 #include "rig/private_root.h"
 #include "rig/program.h"
 #include "rig/shell_effects.h"
@@ -47,18 +48,28 @@ std::string DeviceOf(const std::vector<std::string>& arguments) {
     return device == arguments.end() ? kUsualDevice : device->substr(0, 80);
 }
 
+bool MayNameACard(const std::string& word) {
+    return IsOption(word) && word[1] != 'd' && word.find("cind1") == std::string::npos;
+}
+
+// The daemon passes over an option that it does not know, and a story would be told of another
+// modem than it seems.
+void RejectUnknownOptions(const std::vector<std::string>& arguments) {
+    for (const std::string& word : arguments) {
+        if (!MayNameACard(word) || SelectedBy(word) != nullptr) continue;
+        throw std::invalid_argument("the daemon knows no option " + word +
+                                    "; a story that means it gives its arguments Exactly");
+    }
+}
+
 // The model of the last card option, as the daemon chooses.
 std::string ProfileOf(const std::vector<std::string>& arguments) {
-    std::string profile = "generic";
+    const cards::Model* chosen = cards::ModelOfType(kCardGeneric);
     for (const std::string& word : arguments) {
-        if (!IsOption(word) || word[1] == 'd' || word.find("cind1") != std::string::npos) continue;
-        for (const char* name : {"881", "E362", "E371", "USB305", "mc75i"}) {
-            if (word.find(name) == std::string::npos) continue;
-            profile = name;
-            break;
-        }
+        const cards::Model* model = MayNameACard(word) ? SelectedBy(word) : nullptr;
+        if (model != nullptr) chosen = model;
     }
-    return profile;
+    return chosen->name;
 }
 
 template <std::size_t kSize>
@@ -98,6 +109,7 @@ std::uint64_t Seed() {
 
 World::World(const std::string& arguments) : memory_(process_.Memory()), files_(memory_) {
     std::vector<std::string> words = WordsOf(arguments);
+    RejectUnknownOptions(words);
     if (std::all_of(words.begin(), words.end(), IsOption)) words.push_back(kUsualDevice);
     SetUp(std::move(words));
 }

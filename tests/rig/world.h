@@ -47,7 +47,8 @@ struct Exactly {
 
 class World {
   public:
-    // Arguments divided by blanks; the device is added when none of them is one.
+    // Arguments divided by blanks; the device is added when none of them is one. Throws when one is
+    // an option that the daemon does not know.
     explicit World(const std::string& arguments = "");
     explicit World(const Exactly& exactly);
     // Ends the daemon, and fails the test when it crashed, printed anything that the test did not

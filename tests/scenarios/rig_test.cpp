@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "rig/card_options.h"
 #include "rig/world.h"
 
 using namespace rig;
@@ -17,10 +18,9 @@ TEST(SignalPoll, FlipsToTheOtherFormAfterAnError) {
     EXPECT_EQ(world.CountLog("AT command gave an error, switching CSQ modes to AT+CSQ?"), 1U);
 }
 
-class Model : public ::testing::TestWithParam<const char*> {};
+class Model : public ::testing::TestWithParam<std::string> {};
 
-INSTANTIATE_TEST_SUITE_P(All, Model,
-                         ::testing::Values("", "-881", "-E362", "-E371", "-USB305", "-mc75i"));
+INSTANTIATE_TEST_SUITE_P(All, Model, ::testing::ValuesIn(rig::EveryCardOption()));
 
 TEST_P(Model, IsServedForTwoHoursWithoutACommandThatItDoesNotKnow) {
     World world(GetParam());

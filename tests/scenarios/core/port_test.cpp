@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "rig/card_options.h"
 #include "rig/world.h"
 
 namespace {
@@ -86,7 +87,7 @@ TEST(Port, APathOfMoreThanEightyCharactersIsCut) {
 }
 
 TEST(Port, IsMadeRawAndGetsASpeedOnTheMc75iOnly) {
-    for (const char* card : {"", "-881", "-USB305", "-mc75i", "-E362", "-E371"}) {
+    for (const std::string& card : rig::EveryCardOption()) {
         SCOPED_TRACE(card);
         World world(card);
         termio& line = world.PortSettings();
@@ -101,7 +102,7 @@ TEST(Port, IsMadeRawAndGetsASpeedOnTheMc75iOnly) {
                                           IGNCR | ICRNL | IXON | IXOFF | IXANY | IUCLC));
         EXPECT_EQ(now.c_oflag, 0xffff & ~OPOST);
         EXPECT_EQ(now.c_lflag, 0xffff & ~(ICANON | ECHO | ECHOE | ISIG));
-        const int speed = std::string(card) == "-mc75i" ? B115200 : B0;
+        const int speed = card == "-mc75i" ? B115200 : B0;
         EXPECT_EQ(now.c_cflag, (0xef00 & ~PARENB) | CLOCAL | CREAD | CS8 | speed);
     }
 }

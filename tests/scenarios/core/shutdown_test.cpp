@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "rig/card_options.h"
 #include "rig/world.h"
 
 namespace {
@@ -37,11 +38,11 @@ void ExpectStatusFilesGone() {
     EXPECT_EQ(World::File("/var/run/modemd.pid"), "4242");
 }
 
-class Shutdown : public testing::TestWithParam<const char*> {
+class Shutdown : public testing::TestWithParam<std::string> {
   protected:
     bool IsLte() const {
-        const std::string card = GetParam();
-        return card == "-E362" || card == "-E371";
+        const cards::Model* model = rig::SelectedBy(GetParam());
+        return model != nullptr && (model->abilities & cards::kLteCall) != 0;
     }
     // The shell commands of the clean-up.
     Lines CleanUpShell() const {
@@ -109,10 +110,9 @@ TEST_P(Shutdown, OnHangUpResetsTheModemFirst) {
     ExpectStatusFilesGone();
 }
 
-INSTANTIATE_TEST_SUITE_P(Cards, Shutdown,
-                         testing::Values("", "-881", "-USB305", "-mc75i", "-E362", "-E371"),
-                         [](const testing::TestParamInfo<const char*>& test) {
-                             const std::string option = test.param;
+INSTANTIATE_TEST_SUITE_P(Cards, Shutdown, testing::ValuesIn(rig::EveryCardOption()),
+                         [](const testing::TestParamInfo<std::string>& test) {
+                             const std::string& option = test.param;
                              return option.empty() ? "generic" : "card_" + option.substr(1);
                          });
 

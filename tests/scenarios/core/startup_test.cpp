@@ -206,7 +206,14 @@ INSTANTIATE_TEST_SUITE_P(
     Orders, OrderOfOptions,
     testing::Values(Order{"-cind1 -E362", "AT+CSQ"}, Order{"-E362 -cind1", "AT+CIND?"},
                     Order{"-cind1", "AT+CIND?"}, Order{"-cind1 -881 -cind1", "AT+CIND?"},
-                    Order{"-E371 -cind1 -mc75i", "AT+CSQ"}, Order{"-xyz -USB305", "AT+CSQ"}));
+                    Order{"-E371 -cind1 -mc75i", "AT+CSQ"}, Order{"-xUSB305x", "AT+CSQ"}));
+
+TEST(StartUp, AnUnknownOptionIsPassedOver) {
+    World world(rig::Exactly{{"-xyz", "-USB305", "-X1", "/dev/ttyUSB0"}});
+    world.Start();
+    world.RunFor(1s);
+    EXPECT_EQ(world.Log().back(), "card type set to Sierra USB 305 Lightning");
+}
 
 TEST(StartUp, TheDeviceMayStandAnywhere) {
     World world(rig::Exactly{{"/dev/ttyUSB0", "-E371", "/dev/other", "-d"}});

@@ -9,21 +9,22 @@ namespace worlds {
 
 namespace {
 
-constexpr unsigned Only(Card card) {
-    return 1U << static_cast<unsigned>(card);
-}
+using cards::kAll;
+using cards::kLte;
+using cards::kMessaging;
+using cards::Only;
 
-constexpr unsigned kAll = ~0U;
-constexpr unsigned k881 = Only(Card::k881);
-constexpr unsigned kSierra = k881 | Only(Card::kUsb305);
-constexpr unsigned kE362 = Only(Card::kE362);
-constexpr unsigned kE371 = Only(Card::kE371);
-constexpr unsigned kNovatel = kE362 | kE371;
-constexpr unsigned kMc75i = Only(Card::kMc75i);
+constexpr cards::Set kRegistersOutsideLte = cards::kRegistering & ~kLte;
+constexpr cards::Set k881 = Only(kCardSierra881);
+constexpr cards::Set kSierra = k881 | Only(kCardSierraUsb305);
+constexpr cards::Set kE362 = Only(kCardNovatelE362);
+constexpr cards::Set kE371 = Only(kCardNovatelE371);
+constexpr cards::Set kNovatel = kE362 | kE371;
+constexpr cards::Set kMc75i = Only(kCardMc75i);
 
 struct Row {
     const char* text;
-    unsigned cards;
+    cards::Set cards;
 };
 
 constexpr Row kCommands[] = {
@@ -37,7 +38,7 @@ constexpr Row kCommands[] = {
     {"at^sysinfo", kSierra},
     {"AT*CNTI=0", kSierra},
     {"AT!GETRAT?", kSierra},
-    {"AT+CREG?", kSierra},
+    {"AT+CREG?", kRegistersOutsideLte},
     {"AT!PRIID?", kSierra},
     {"at!gver?", kSierra},
     {"at!getband?", k881},
@@ -49,18 +50,18 @@ constexpr Row kCommands[] = {
     {"AT+COPN", k881},
     {"AT+CCLK?", k881},
     {"at!time?", k881},
-    {"AT+CMGF=1", k881},
-    {"AT+CMGL=\"REC UNREAD\"", k881},
-    {"AT+CMGD=0,2", k881},
+    {"AT+CMGF=1", kMessaging},
+    {"AT+CMGL=\"REC UNREAD\"", kMessaging},
+    {"AT+CMGD=0,2", kMessaging},
     {"AT^SCID", kMc75i},
-    {"ATE0", kNovatel},
-    {"at$qcsimstat?", kNovatel},
-    {"AT$NWRSSI=15", kNovatel},
-    {"AT+TEMP", kNovatel},
-    {"AT+CEREG?", kNovatel},
+    {"ATE0", kLte},
+    {"at$qcsimstat?", kLte},
+    {"AT$NWRSSI=15", kLte},
+    {"AT+TEMP", kLte},
+    {"AT+CEREG?", kLte},
     {"ATI3", kNovatel},
     {"AT+ICCID?", kNovatel},
-    {"AT$NWQMISTATUS", kNovatel},
+    {"AT$NWQMISTATUS", kLte},
     {"AT$NWSYSMODE", kE362},
     {"AT$NWNN", kE362},
     {"AT$NWMDN", kE362},
@@ -76,8 +77,8 @@ constexpr Row kCannedCommands[] = {
     {"AT+CSQ", kAll},
     {"AT+CSQ?", kAll},
     {kIndicatorQuery, kAll},
-    {"AT$NWQMICONNECT=,,", kNovatel},
-    {"AT$NWQMIDISCONNECT", kNovatel},
+    {"AT$NWQMICONNECT=,,", kLte},
+    {"AT$NWQMIDISCONNECT", kLte},
 };
 constexpr std::size_t kCannedSize = 80;
 
@@ -89,15 +90,15 @@ constexpr Row kShellLines[] = {
     {"ResetPCMCIA now &> /dev/null &", kAll},
     {"/bin/echo -n  > /var/log/lightbar", kAll},
     {"/bin/rm -f /var/log/wireless.*", kAll},
-    {"ifconfig wwan0 0.0.0.0 up &> /dev/null", kNovatel},
-    {"ifconfig wwan0 0.0.0.0 down &> /dev/null", kNovatel},
-    {"udhcpc -T 3 -S -b -i wwan0 &> /dev/null", kNovatel},
-    {"udhcpc -T 3 -S -b -i wwan0 -G  &> /dev/null", kNovatel},
-    {"kill `cat /var/run/udhcpc-wwan0.pid 2> /dev/null` &> /dev/null", kNovatel},
-    {"kill -USR2 `cat /var/run/udhcpc-wwan0.pid 2> /dev/null` &> /dev/null", kNovatel},
-    {"ping -c 1 -I wwan0 8.8.8.8 &> /dev/null", kNovatel},
-    {"touch /var/log/wirelessdial_dialing", kNovatel},
-    {"touch /var/log/wirelessdial_notdialing", kNovatel},
+    {"ifconfig wwan0 0.0.0.0 up &> /dev/null", kLte},
+    {"ifconfig wwan0 0.0.0.0 down &> /dev/null", kLte},
+    {"udhcpc -T 3 -S -b -i wwan0 &> /dev/null", kLte},
+    {"udhcpc -T 3 -S -b -i wwan0 -G  &> /dev/null", kLte},
+    {"kill `cat /var/run/udhcpc-wwan0.pid 2> /dev/null` &> /dev/null", kLte},
+    {"kill -USR2 `cat /var/run/udhcpc-wwan0.pid 2> /dev/null` &> /dev/null", kLte},
+    {"ping -c 1 -I wwan0 8.8.8.8 &> /dev/null", kLte},
+    {"touch /var/log/wirelessdial_dialing", kLte},
+    {"touch /var/log/wirelessdial_notdialing", kLte},
 };
 
 constexpr const char* kFiles[] = {"/var/run/modemd.pid",
@@ -122,9 +123,9 @@ constexpr char kPlain[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0
 constexpr std::size_t kLongestName = 255;
 
 template <std::size_t N>
-bool IsIn(const Row (&rows)[N], const std::string& text, Card card) {
+bool IsIn(const Row (&rows)[N], const std::string& text, CardType card) {
     return std::any_of(std::begin(rows), std::end(rows), [&](const Row& row) {
-        return text == row.text && (row.cards & Only(card)) != 0;
+        return text == row.text && cards::Has(row.cards, card);
     });
 }
 
@@ -141,7 +142,7 @@ bool IsKnownCanned(const Given& given, const std::string& bytes) {
 }
 
 bool IsKnownProvisioning(const Given& given, const std::string& bytes) {
-    return IsLte(given.card) &&
+    return cards::Has(kLte, given.card) &&
            std::any_of(given.apns.begin(), given.apns.end(), [&](const std::string& apn) {
                return bytes == "AT+CGDCONT=3,\"ipv4v6\",\"" + apn + "\"" ||
                       bytes == "AT+NWAPNE=3,\"" + apn +
@@ -151,7 +152,7 @@ bool IsKnownProvisioning(const Given& given, const std::string& bytes) {
 }
 
 bool IsKnownSending(const Given& given, const std::string& bytes) {
-    if (given.card != Card::k881 || bytes.empty()) return false;
+    if (!cards::Has(kMessaging, given.card) || bytes.empty()) return false;
     if (bytes.back() == '\x1a') {
         return given.messages.count(bytes.substr(0, bytes.size() - 1)) != 0;
     }
@@ -172,7 +173,7 @@ bool IsFailureName(const std::string& failure_name, const std::string& name) {
 }
 
 bool IsKnownMove(const Given& given, const std::string& line) {
-    if (given.card != Card::k881) return false;
+    if (!cards::Has(kMessaging, given.card)) return false;
     const std::vector<std::string> words = PlainShellWords(line);
     if (words.size() != 4 || words[0] != "mv" || words[1] != "-f") return false;
     if (!StartsWith(words[2], kSpool[0]) || !StartsWith(words[3], kSpool[2])) return false;
@@ -181,44 +182,22 @@ bool IsKnownMove(const Given& given, const std::string& line) {
            IsFailureName(words[3].substr(std::string(kSpool[2]).size()), name);
 }
 
-bool IsKnownClockSetting(Card card, const std::string& line) {
+bool IsKnownClockSetting(CardType card, const std::string& line) {
     static const std::regex kForm(
         "/bin/date ( -u )?  -s \"[0-9]+:[0-9]+:[0-9]+ [0-9]+/[0-9]+/[0-9]+\" &> /dev/null; "
         "/bin/hwclock --systohc &> /dev/null");
-    return (card == Card::k881 || IsLte(card)) && std::regex_match(line, kForm);
+    return (card == kCardSierra881 || cards::Has(kLte, card)) && std::regex_match(line, kForm);
 }
 
 }  // namespace
 
-const char* OptionOf(Card card) {
-    switch (card) {
-        case Card::kGeneric:
-            return "";
-        case Card::k881:
-            return "-881";
-        case Card::kUsb305:
-            return "-USB305";
-        case Card::kMc75i:
-            return "-mc75i";
-        case Card::kE362:
-            return "-E362";
-        case Card::kE371:
-            return "-E371";
-    }
-    return "";
-}
-
-bool IsLte(Card card) {
-    return card == Card::kE362 || card == Card::kE371;
-}
-
-std::vector<std::string> CommandsOf(Card card) {
+std::vector<std::string> CommandsOf(CardType card) {
     std::vector<std::string> commands;
     for (const Row& row : kCommands) {
-        if ((row.cards & Only(card)) != 0) commands.emplace_back(row.text);
+        if (cards::Has(row.cards, card)) commands.emplace_back(row.text);
     }
     for (const Row& row : kCannedCommands) {
-        if ((row.cards & Only(card)) != 0) commands.emplace_back(row.text);
+        if (cards::Has(row.cards, card)) commands.emplace_back(row.text);
     }
     return commands;
 }

@@ -6,18 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "state/cards.h"
+
 namespace worlds {
-
-enum class Card { kGeneric, k881, kUsb305, kMc75i, kE362, kE371 };
-constexpr Card kCards[] = {Card::kGeneric, Card::k881,  Card::kUsb305,
-                           Card::kMc75i,   Card::kE362, Card::kE371};
-
-const char* OptionOf(Card card);  // "-881", "" for the generic modem
-bool IsLte(Card card);
 
 // What others put where the daemon finds it, as it may come back in the daemon's words.
 struct Given {
-    Card card = Card::kGeneric;
+    CardType card = kCardGeneric;
     bool polls_indicators = false;   // AT+CIND? in place of AT+CSQ
     std::set<std::string> apns;      // that may go to the modem
     std::set<std::string> numbers;   // of send files
@@ -26,7 +21,7 @@ struct Given {
 };
 
 // The commands of this card that are always the same text.
-std::vector<std::string> CommandsOf(Card card);
+std::vector<std::string> CommandsOf(CardType card);
 
 // One write to the port: a command, a canned command of 80 bytes, a message, or half a line end.
 bool IsKnownWrite(const Given& given, const std::string& bytes);

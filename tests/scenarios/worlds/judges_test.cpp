@@ -15,7 +15,7 @@ std::string Canned(const std::string& command) {
     return command + std::string(80 - command.size(), '\0');
 }
 
-Given Router(Card card) {
+Given Router(CardType card) {
     Given given;
     given.card = card;
     given.apns = {"internet"};
@@ -42,22 +42,22 @@ std::string UsualStatistics() {
 std::string FaultWith(const std::string& what, const std::string& instead) {
     std::string text = UsualStatistics();
     text.replace(text.find(what), what.size(), instead);
-    return FaultOfStatusFile(Card::kGeneric, kStatistics, text);
+    return FaultOfStatusFile(kCardGeneric, kStatistics, text);
 }
 
 }  // namespace
 
 TEST(JudgeOfWrites, KnowsTheCommandsOfEachCard) {
-    EXPECT_TRUE(IsKnownWrite(Router(Card::k881), "at!gstatus?"));
-    EXPECT_FALSE(IsKnownWrite(Router(Card::kE362), "at!gstatus?"));
-    EXPECT_FALSE(IsKnownWrite(Router(Card::k881), "at!gstatus? "));
-    EXPECT_TRUE(IsKnownWrite(Router(Card::kGeneric), "\r"));
-    EXPECT_FALSE(IsKnownWrite(Router(Card::kGeneric), "\r\n"));
-    EXPECT_FALSE(IsKnownWrite(Router(Card::kGeneric), ""));
+    EXPECT_TRUE(IsKnownWrite(Router(kCardSierra881), "at!gstatus?"));
+    EXPECT_FALSE(IsKnownWrite(Router(kCardNovatelE362), "at!gstatus?"));
+    EXPECT_FALSE(IsKnownWrite(Router(kCardSierra881), "at!gstatus? "));
+    EXPECT_TRUE(IsKnownWrite(Router(kCardGeneric), "\r"));
+    EXPECT_FALSE(IsKnownWrite(Router(kCardGeneric), "\r\n"));
+    EXPECT_FALSE(IsKnownWrite(Router(kCardGeneric), ""));
 }
 
 TEST(JudgeOfWrites, WantsAllZerosOfACannedCommand) {
-    Given router = Router(Card::kE371);
+    Given router = Router(kCardNovatelE371);
     EXPECT_TRUE(IsKnownWrite(router, Canned("AT+CSQ?")));
     EXPECT_TRUE(IsKnownWrite(router, Canned("AT$NWQMIDISCONNECT")));
     EXPECT_FALSE(IsKnownWrite(router, "AT+CSQ?"));
@@ -68,18 +68,18 @@ TEST(JudgeOfWrites, WantsAllZerosOfACannedCommand) {
     router.polls_indicators = true;
     EXPECT_TRUE(IsKnownWrite(router, Canned("AT+CIND?")));
     EXPECT_FALSE(IsKnownWrite(router, Canned("AT+CSQ")));
-    EXPECT_FALSE(IsKnownWrite(Router(Card::k881), Canned("AT$NWQMIDISCONNECT")));
+    EXPECT_FALSE(IsKnownWrite(Router(kCardSierra881), Canned("AT$NWQMIDISCONNECT")));
 }
 
 TEST(JudgeOfWrites, KnowsWhatWasGiven) {
-    EXPECT_TRUE(IsKnownWrite(Router(Card::kE362), "AT+CGDCONT=3,\"ipv4v6\",\"internet\""));
-    EXPECT_FALSE(IsKnownWrite(Router(Card::kE362), "AT+CGDCONT=3,\"ipv4v6\",\"other\""));
-    EXPECT_FALSE(IsKnownWrite(Router(Card::k881), "AT+CGDCONT=3,\"ipv4v6\",\"internet\""));
-    EXPECT_TRUE(IsKnownWrite(Router(Card::k881), "AT+CMGS=\"+1555\""));
-    EXPECT_FALSE(IsKnownWrite(Router(Card::k881), "AT+CMGS=\"+1556\""));
-    EXPECT_TRUE(IsKnownWrite(Router(Card::k881), "Hello\x1a"));
-    EXPECT_FALSE(IsKnownWrite(Router(Card::k881), "Hello"));
-    EXPECT_FALSE(IsKnownWrite(Router(Card::kMc75i), "Hello\x1a"));
+    EXPECT_TRUE(IsKnownWrite(Router(kCardNovatelE362), "AT+CGDCONT=3,\"ipv4v6\",\"internet\""));
+    EXPECT_FALSE(IsKnownWrite(Router(kCardNovatelE362), "AT+CGDCONT=3,\"ipv4v6\",\"other\""));
+    EXPECT_FALSE(IsKnownWrite(Router(kCardSierra881), "AT+CGDCONT=3,\"ipv4v6\",\"internet\""));
+    EXPECT_TRUE(IsKnownWrite(Router(kCardSierra881), "AT+CMGS=\"+1555\""));
+    EXPECT_FALSE(IsKnownWrite(Router(kCardSierra881), "AT+CMGS=\"+1556\""));
+    EXPECT_TRUE(IsKnownWrite(Router(kCardSierra881), "Hello\x1a"));
+    EXPECT_FALSE(IsKnownWrite(Router(kCardSierra881), "Hello"));
+    EXPECT_FALSE(IsKnownWrite(Router(kCardMc75i), "Hello\x1a"));
 }
 
 TEST(JudgeOfShellLines, ReadsQuotedWords) {
@@ -92,26 +92,27 @@ TEST(JudgeOfShellLines, ReadsQuotedWords) {
 
 TEST(JudgeOfShellLines, KnowsEachFormExactly) {
     const std::string stamp = ".20260314-091502";
-    const auto knows = [](Card card, const std::string& line) {
+    const auto knows = [](CardType card, const std::string& line) {
         return IsKnownShellLine(Router(card), line);
     };
     const std::string move = "mv -f /tmp/sms/send/plain /tmp/sms/send_fail/plain";
-    EXPECT_TRUE(knows(Card::k881, move + stamp));
-    EXPECT_FALSE(knows(Card::k881, move));
-    EXPECT_FALSE(knows(Card::kE362, move + stamp));
-    EXPECT_TRUE(knows(Card::k881,
+    EXPECT_TRUE(knows(kCardSierra881, move + stamp));
+    EXPECT_FALSE(knows(kCardSierra881, move));
+    EXPECT_FALSE(knows(kCardNovatelE362, move + stamp));
+    EXPECT_TRUE(knows(kCardSierra881,
                       "mv -f '/tmp/sms/send/it'\\''s' '/tmp/sms/send_fail/it'\\''s" + stamp + "'"));
-    EXPECT_FALSE(knows(Card::k881, "mv -f /tmp/sms/send/it\\'s /tmp/sms/send_fail/other" + stamp));
-    EXPECT_TRUE(knows(Card::k881, "mv -f /tmp/sms/send/" + std::string(255, 'n') +
-                                      " /tmp/sms/send_fail/" + std::string(239, 'n') + stamp));
-    EXPECT_TRUE(knows(Card::kE362,
+    EXPECT_FALSE(
+        knows(kCardSierra881, "mv -f /tmp/sms/send/it\\'s /tmp/sms/send_fail/other" + stamp));
+    EXPECT_TRUE(knows(kCardSierra881, "mv -f /tmp/sms/send/" + std::string(255, 'n') +
+                                          " /tmp/sms/send_fail/" + std::string(239, 'n') + stamp));
+    EXPECT_TRUE(knows(kCardNovatelE362,
                       "/bin/date   -s \"9:15:2 3/14/2026\" &> /dev/null; /bin/hwclock --systohc "
                       "&> /dev/null"));
-    EXPECT_FALSE(knows(Card::kE362,
+    EXPECT_FALSE(knows(kCardNovatelE362,
                        "/bin/date   -s \"9:15:2 3/14/2026;reboot\" &> /dev/null; /bin/hwclock "
                        "--systohc &> /dev/null"));
-    EXPECT_FALSE(knows(Card::k881, "ping -c 1 -I wwan0 8.8.8.8 &> /dev/null"));
-    EXPECT_TRUE(knows(Card::kE371, "ping -c 1 -I wwan0 8.8.8.8 &> /dev/null"));
+    EXPECT_FALSE(knows(kCardSierra881, "ping -c 1 -I wwan0 8.8.8.8 &> /dev/null"));
+    EXPECT_TRUE(knows(kCardNovatelE371, "ping -c 1 -I wwan0 8.8.8.8 &> /dev/null"));
 }
 
 TEST(JudgeOfPaths, KnowsTheDaemonsFiles) {
@@ -124,10 +125,10 @@ TEST(JudgeOfPaths, KnowsTheDaemonsFiles) {
 }
 
 TEST(JudgeOfStatusFiles, LetsAGoodFilePass) {
-    EXPECT_EQ(FaultOfStatusFile(Card::kGeneric, kStatistics, UsualStatistics()), "");
-    EXPECT_EQ(FaultOfStatusFile(Card::kGeneric, kStatistics, ""), "");
-    EXPECT_EQ(FaultOfStatusFile(Card::k881, "/var/log/lightbar", "+CSQ: 17,99\n"), "");
-    EXPECT_EQ(FaultOfStatusFile(Card::k881, "/var/log/wirelessactivation_status", "Reg Home\n"),
+    EXPECT_EQ(FaultOfStatusFile(kCardGeneric, kStatistics, UsualStatistics()), "");
+    EXPECT_EQ(FaultOfStatusFile(kCardGeneric, kStatistics, ""), "");
+    EXPECT_EQ(FaultOfStatusFile(kCardSierra881, "/var/log/lightbar", "+CSQ: 17,99\n"), "");
+    EXPECT_EQ(FaultOfStatusFile(kCardSierra881, "/var/log/wirelessactivation_status", "Reg Home\n"),
               "");
 }
 
@@ -148,7 +149,7 @@ TEST(JudgeOfStatusFiles, FindsEachFault) {
 
 TEST(JudgeOfStatusFiles, FindsAFaultInASingleLine) {
     const auto fault = [](const char* path, const char* text) {
-        return FaultOfStatusFile(Card::k881, path, text);
+        return FaultOfStatusFile(kCardSierra881, path, text);
     };
     EXPECT_THAT(fault("/var/log/lightbar", "+CSQ: 1\n+CSQ: 2\n"), HasSubstr("not one line"));
     EXPECT_THAT(fault("/var/log/lightbar", "+CSQ: 1"), HasSubstr("not one line"));

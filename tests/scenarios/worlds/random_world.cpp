@@ -7,6 +7,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "rig/card_options.h"
 #include "rig/program.h"
 #include "scenarios/worlds/status_files.h"
 
@@ -57,7 +58,7 @@ bool IsSanitized() {
 }  // namespace
 
 std::string Plan::Arguments() const {
-    std::string arguments = OptionOf(card);
+    std::string arguments = rig::OptionOf(*cards::ModelOfType(card));
     for (int i = 0; i < debug_options; ++i) arguments += " -d";
     if (polls_indicators) arguments += " -cind1";
     return arguments;
@@ -84,7 +85,7 @@ Plan DrawPlan(std::uint64_t seed, unsigned number) {
     Plan plan;
     plan.seed = seed * 1000 + number;
     Dice dice(plan.seed);
-    plan.card = kCards[number % std::size(kCards)];
+    plan.card = cards::kModels[number % std::size(cards::kModels)].type;
     plan.polls_indicators = dice.Chance(25);
     plan.debug_options = dice.Between(0, 4);
     plan.device_comes_late = dice.Chance(20);
@@ -253,7 +254,7 @@ void RandomWorld::ExpectOrderlyEnd() {
     EXPECT_FALSE(Exists("/var/run/BackendResetControl"));
     EXPECT_TRUE(Exists("/var/run/modemd.pid"));
     EXPECT_EQ(File("/var/log/lightbar"), "");
-    if (!IsLte(plan_.card)) return;
+    if (!cards::Has(cards::kLte, plan_.card)) return;
     EXPECT_EQ(Shell().back(), "ifconfig wwan0 0.0.0.0 down &> /dev/null");
 }
 

@@ -33,7 +33,7 @@ struct Plan {
         Duration gap;
     };
     std::uint64_t seed = 0;
-    Card card = Card::kGeneric;
+    CardType card = kCardGeneric;
     bool polls_indicators = false;
     int debug_options = 0;
     bool device_comes_late = false;

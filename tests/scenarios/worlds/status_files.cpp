@@ -152,7 +152,7 @@ constexpr char kContextKey[] = "CELLMODEM_SIM_CONT_APN";
 // Reads a statistics file line by line, in the order that the readers know.
 class StatisticsReader {
   public:
-    StatisticsReader(Card card, const std::string& text) : card_(card), rest_(text) {}
+    StatisticsReader(CardType card, const std::string& text) : card_(card), rest_(text) {}
 
     std::string Fault() {
         static const std::regex kFirst(
@@ -160,12 +160,12 @@ class StatisticsReader {
         if (!std::regex_match(Take(), kFirst)) Complain("the time");
         Comment("#Device Properties :");
         TakeKeys(kDeviceKeys);
-        if (card_ == Card::k881) TakeKeys({{"SKU_PRIID", PartAndRevision}});
+        if (card_ == kCardSierra881) TakeKeys({{"SKU_PRIID", PartAndRevision}});
         Comment("#Network Service Info :");
         TakeKeys(kNetworkKeys);
-        if (IsLte(card_)) TakeKeys(kLteCardKeys);
+        if (cards::Has(cards::kLte, card_)) TakeKeys(kLteCardKeys);
         TakeContexts();
-        if (card_ == Card::k881) TakeKeys(k881Keys);
+        if (card_ == kCardSierra881) TakeKeys(k881Keys);
         if (!rest_.empty()) Complain("the end, not: " + Take());
         return fault_;
     }
@@ -217,7 +217,7 @@ class StatisticsReader {
         }
     }
 
-    Card card_;
+    CardType card_;
     std::string rest_;
     std::string fault_;
     int taken_ = 0;
@@ -257,7 +257,7 @@ const std::vector<std::string>& StatusFiles() {
     return kPaths;
 }
 
-std::string FaultOfStatusFile(Card card, const std::string& path, const std::string& text) {
+std::string FaultOfStatusFile(CardType card, const std::string& path, const std::string& text) {
     if (text.empty()) return "";
     if (text.find('\0') != std::string::npos) return "it holds a zero byte";
     if (path == kStatistics) return StatisticsReader(card, text).Fault();

@@ -13,6 +13,6 @@ const std::vector<std::string>& StatusFiles();
 
 // What is wrong with this content of a status file, for a person; "" when nothing is. An empty
 // file is being written and therefore right.
-std::string FaultOfStatusFile(Card card, const std::string& path, const std::string& text);
+std::string FaultOfStatusFile(CardType card, const std::string& path, const std::string& text);
 
 }  // namespace worlds
