@@ -186,7 +186,8 @@ def make_pytest(arguments, build, results):
         command += ["-k", " or ".join(arguments.match)]
     if arguments.failed:
         command += ["--last-failed", "--last-failed-no-failures", "none"]
-    return Pytest(command, report, results / "pytest.log", {"MODEMD_BUILD": str(build)})
+    return Pytest(command, report, results / "pytest.log",
+                  {"MODEMD_BUILD": str(build), "PYTHONUNBUFFERED": "1"})
 
 
 def run_all(runners):

@@ -199,13 +199,19 @@ class Terminal:
                                         stderr=slave, start_new_session=True,
                                         env={**os.environ, "TERM": "xterm-256color",
                                              "LC_ALL": "C.UTF-8"},
-                                        preexec_fn=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0))
+                                        preexec_fn=self.sit_down)
         self.slave = slave
         self.output = b""
         self.whole = collections.deque()  # screens that nobody has looked at yet
         self.rest = b""
         self.screen = []
         self.judge = None
+
+    @staticmethod
+    def sit_down():
+        """As a person's shell starts a program, also when the tests run in the background."""
+        fcntl.ioctl(0, termios.TIOCSCTTY, 0)
+        signal.signal(signal.SIGINT, signal.SIG_DFL)
 
     def close(self):
         if self.process.poll() is None:
