@@ -1,5 +1,6 @@
 """The house rules that a program can check, so that people need not."""
 
+import ast
 import pathlib
 import re
 import subprocess
@@ -29,6 +30,8 @@ TESTED_ELSEWHERE = {
 # Work left open, and words about papers that a reader of this tree does not have.
 FORBIDDEN = re.compile(r"\bspec(?:ification)?s?\b|\bpart [0-9]\.[0-9]|\bissue #?[0-9]+"
                        r"|\b(?:TO-?DO|FIX-?ME|X{3}|HAC[K])\b", re.IGNORECASE)
+# A test as the documents name it; `Suite.*` stands for all of a suite.
+NAMED_TEST = re.compile(r"`([A-Z]\w+\.(?:[A-Z]\w*|test_\w+|\*))`")
 LIBRARIES = {"libc.so.6", "libstdc++.so.6", "libm.so.6", "libgcc_s.so.1"}
 SANITIZERS = {"libasan.so.8", "libubsan.so.1"}
 
@@ -51,6 +54,25 @@ def tracked_files():
 
 def includes(path):
     return re.findall(r'^\s*#include "([^"]+)"', path.read_text(), re.MULTILINE)
+
+
+def cases_below(folder):
+    """Suite.Case of every test of GoogleTest and of unittest below the folder."""
+    names = set()
+    for path in code_files(folder):
+        found = re.findall(r"^TEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\)", path.read_text(), re.MULTILINE)
+        names |= {f"{suite}.{case}" for suite, case in found}
+    for path in folder.rglob("test_*.py"):
+        for story in (n for n in ast.parse(path.read_text()).body if isinstance(n, ast.ClassDef)):
+            names |= {f"{story.name}.{f.name}" for f in story.body
+                      if isinstance(f, ast.FunctionDef) and f.name.startswith("test_")}
+    return names
+
+
+def hazards():
+    """The entries of docs/hazards.md: their titles and their texts."""
+    entries = (PROJECT / "docs" / "hazards.md").read_text().split("\n### ")[1:]
+    return {title: text for title, text in (entry.split("\n", 1) for entry in entries)}
 
 
 class Includes(unittest.TestCase):
@@ -137,6 +159,28 @@ class Files(unittest.TestCase):
                 if FORBIDDEN.search(line):
                     wrong.append(f"{path.relative_to(PROJECT)}:{number}: {line.strip()}")
         self.assertEqual(wrong, [])
+
+
+class Documents(unittest.TestCase):
+    def test_documents_name_tests_that_exist(self):
+        known = cases_below(PROJECT / "tests")
+        known |= {name.split(".")[0] + ".*" for name in known}
+        for document in ("hazards.md", "security.md"):
+            named = set(NAMED_TEST.findall((PROJECT / "docs" / document).read_text()))
+            self.assertTrue(named, document)
+            self.assertEqual(named - known, set(), document)
+
+    def test_every_hazard_tells_all_and_has_a_guard(self):
+        self.assertTrue(hazards())
+        for title, text in hazards().items():
+            with self.subTest(title):
+                marks = re.findall(r"^- \*\*(\w+):\*\*", text, re.MULTILINE)
+                self.assertEqual(marks, ["Seen", "When", "Why", "Helps", "Guard"])
+                self.assertTrue(NAMED_TEST.findall(text.split("**Guard:**")[1]), "no test")
+
+    def test_every_story_of_a_hazard_is_told(self):
+        told = {name for text in hazards().values() for name in NAMED_TEST.findall(text)}
+        self.assertEqual(cases_below(PROJECT / "tests" / "scenarios" / "hazards") - told, set())
 
 
 class Program(unittest.TestCase):
