@@ -40,6 +40,7 @@ void StartUdhcpc() {
     Log("Starting/Signaling udhcpc");
     const std::string start = Format("udhcpc -T 3 -S -b -i %s", published::kWwanInterface);
     // The base text only, without the -G: deliberate, the log has always shown it so.
+    // Oddity client-line-logged-short: the log shows the start of udhcpc without its -G.
     LogAbove(0, "DEBUG: running command '%s'", start.c_str());
     RunShell(start + (g_S_PppConfig.default_route ? "" : " -G ") + " &> /dev/null");
     usleep(kSettlePause);

@@ -36,6 +36,7 @@ int CheckTxBytes() {
         return 1;
     }
     // The previous count stays, deliberately: the reset rule counts on failures that last.
+    // Oddity tx-count-stays: a counter that begins again counts as a dead link up to the old count.
     Log("Warning: TX count on %s not incrementing.", published::kWwanInterface);
     return 0;
 }

@@ -36,6 +36,7 @@ constexpr unsigned kGoodPingPeriod = 600;   // seconds
 constexpr unsigned kFailedPingPeriod = 30;  // seconds
 
 // The dialing marker outlives the restart, deliberately: only a disabled interface takes it away.
+// Oddity dialing-marker-stays: wirelessdial_dialing stands beside a working link.
 void SetMarker(const char* wanted, const char* unwanted) {
     RunShell(std::string("touch ") + wanted);
     unlink(unwanted);
@@ -43,6 +44,7 @@ void SetMarker(const char* wanted, const char* unwanted) {
 
 // The translated texts lag one check behind, deliberately: the restart message tells how the call
 // ended that it replaces.
+// Oddity qmi-texts-lag: result number and end reason tell of the check before.
 void ShiftPreviousResults() {
     GlobalStats& stats = g_S_Globalstats;
     stats.previous_qmi_call_time = stats.qmi_call_time;
@@ -84,6 +86,7 @@ void TakeQmiLine(const std::string& line) {
 // True when the address decides; false when the call is known to be down. A modem that says
 // "unknown" counts as a failed check and still goes to the address test: deliberate, it says so
 // while it is busy with a call that works.
+// Oddity unknown-counts-as-failed: a link that works is reset after eleven answers of "unknown".
 bool CallMayBeUp(const char* caller) {
     const std::string& state = g_S_Globalstats.qmi_state;
     if (Contains(state, " CONNECTED")) {  // The blank keeps DISCONNECTED out.
@@ -144,6 +147,7 @@ void WatchLink() {
 }
 
 // The message always says 10, the threshold: deliberate, the field tools look for it.
+// Oddity log-says-ten: the log says 10 when eleven checks have failed.
 void ResetAfterTooManyFailures() {
     if (g_S_Globalstats.lte_connect_failures <= kMostFailures) return;
     Log("Failed to connect to LTE network %d times, resetting modem", kMostFailures);
@@ -177,6 +181,7 @@ void checkLteStatus() {
     if (!IsLteCard()) return;
     // Not gated by the timer, deliberately: while the interface is disabled every pass looks, so
     // that a call that somebody else started is brought down at once.
+    // Oddity disabled-looks-always: a disabled interface makes each pass five seconds longer.
     if (!g_S_PppConfig.interface_enabled) return KeepCallDown(__func__);
     if (haveValidService(g_S_Globalstats.service_type) == 0) {
         LogAbove(0, "DEBUG: %s(): No valid service, aborting checking LTE connected state",

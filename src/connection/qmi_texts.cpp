@@ -20,6 +20,7 @@ constexpr CodeText kQmiResults[] = {
 
 // The byte 0x96 in text 5 is an en dash in code page 1252 and no UTF-8: deliberate, the web page
 // is served in that code page. Text 9 has no blank before its number, which stays so.
+// Oddity end-reason-no-utf-8: read the statistics as bytes: end reason 5 holds the byte 0x96.
 constexpr CodeText kCallEndReasons[] = {
     {1, "Reason unspecified (1)"},
     {2, "Client ended the call (2)"},

@@ -123,6 +123,7 @@ bool TakeTimeLine(const std::string& line, TowerTime& time) {
 
 // Date and time on lines of their own; a short year is not completed here, deliberately: this clock
 // is known to say four digits, or nonsense. False when the modem does not know the command.
+// Oddity fallback-year-whole: a two-digit year of at!time? never sets the clock.
 bool AskFallbackClock(TowerTime& time) {
     bool have_date = false;
     bool have_time = false;

@@ -24,6 +24,7 @@ void SelectCard(const cards::Model& model) {
     Log("card type set to %s", model.logged_as);
     // Every card option takes -cind1 back, deliberately: the start scripts put it last where a
     // card needs it.
+    // Oddity cind1-behind-the-card: -cind1 counts only behind the card option.
     g_i_UseCind1 = 0;
 }
 
@@ -35,6 +36,7 @@ void ReadOption(const char* argument) {
     const std::string option = FirstEighty(argument);
     if (Contains(option, "cind1")) {
         g_i_UseCind1 = 1;
+        // Oddity querry: search the log for "using querry type cind1".
         Log("using querry type cind1");  // Spelled so on purpose: searched for in the field.
         return;
     }

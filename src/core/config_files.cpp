@@ -45,6 +45,7 @@ std::string LowerValue(const cInfoTable& table, const char* key) {
 }
 
 // Names CM_APN whichever key is missing: deliberate, field notes search the log for this line.
+// Oddity missing-entry-is-apn: the log names CM_APN when another key is missing.
 void LogMissingEntry() {
     LogDebug("DEBUG:  %s(): %s entry missing ", "ReadPppConfigFile", kApn);
 }
@@ -87,6 +88,7 @@ void ReadInterfaceEnabled(const cInfoTable& table) {
 }
 
 // Both messages name CM_ENABLE_INTERFACE, deliberately: the web page's log view looks for it.
+// Oddity route-logged-as-enable: CM_DEFAULTROUTE is logged under the name CM_ENABLE_INTERFACE.
 void ReadDefaultRoute(const cInfoTable& table) {
     g_S_PppConfig.default_route = true;
     if (!table.HasLabel(kDefaultRoute)) return LogMissingEntry();
@@ -102,6 +104,7 @@ void ReadDefaultRoute(const cInfoTable& table) {
 
 // Without the key the level falls to 0 and takes the -d options back: deliberate, a router with a
 // provisioning file is quiet unless the file asks for more.
+// Oddity debug-level-falls: a provisioning file without DEBUG_MODE takes the -d options back.
 void ReadDebugMode(const cInfoTable& table) {
     if (!table.HasLabel(kDebugMode)) {
         g_i_DebugLevel = 0;

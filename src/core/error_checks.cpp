@@ -79,6 +79,7 @@ void CheckErrorCounts(int& last_seen) {
     LogDebug("Uptime > %d, checking LTE connection errors", g_i_UptimeCutoff);
     // One last-seen value for both, deliberately: two counts that stand above 0 at the same time
     // overwrite it in turn, and each then counts as changed on every pass.
+    // Oddity shared-last-seen: two error counts above 0 can reset the modem at every pass.
     ApplyResetRule(g_i_LteConnectAttempts, last_seen);
     ApplyResetRule(g_i_TxCheckFailures, last_seen);
 }

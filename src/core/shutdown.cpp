@@ -52,6 +52,7 @@ void CheckSignals() {
         CleanupAndExit();
     }
     if (g_b_GotSigHup != 0) {
+        // Oddity recieved: search the log for "recieved SIGHUP".
         Log("recieved SIGHUP, resetting device");  // Spelled so on purpose, as old logs have it.
         ResetDevice();
         CleanupAndExit();
@@ -59,6 +60,7 @@ void CheckSignals() {
 }
 
 // The pid file stays, deliberately: the next start finds its process gone and takes it over.
+// Oddity pid-file-stays: a pid file does not mean that the daemon runs.
 void CleanupAndExit() {
     Log("doing cleanup and exiting");
     unlink(published::kCardStatisticsFile);

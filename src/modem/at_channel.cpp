@@ -122,6 +122,7 @@ void SendCommandType(int type) {
     LogDebug("Sending command: %s", command);
 
     // All 80 bytes, zeros included: deliberate, the modems in the field are used to them.
+    // Oddity commands-end-in-zeros: a modem must skip the zero bytes in signal and call commands.
     if (!WritePort(command, sizeof(command))) {
         LogDebug("Unable to write command type %d", type);
         ++g_i_PortErrorCounter;

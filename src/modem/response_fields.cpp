@@ -49,6 +49,7 @@ int ExtractAroundNeedles(const std::string& line, std::string_view needle1,
     // The length leaves p1 out, deliberately: when needle1 is not at the start of the line, value1
     // runs p1 characters into needle2, and the readers of the status file know it so. A negative
     // length means the rest of the line.
+    // Oddity first-value-runs-on: on an indented line a value holds some of the next label.
     const int expected1 = p2 - length1;
     const std::string first =
         line.substr(found1 + needle1.size(),
@@ -76,6 +77,7 @@ int haveValidService(const std::string& service) {
 
 // The empty text counts as a number and becomes "-": deliberate, the signal display shows it as
 // "no reading".
+// Oddity empty-signal-is-minus: an RSSI of "-" is no reading.
 void NegateNumberText(std::string& text) {
     if (!IsInteger(text) || text == "0" || (!text.empty() && text[0] == '-')) return;
     text.insert(0, 1, '-');

@@ -47,6 +47,7 @@ std::string PortPath() {
 
 // Speed code 0 for every card but the MC75i is deliberate: the other modems are USB devices, and
 // their drivers have always been handed this code.
+// Oddity no-line-speed: only the MC75i gets a line speed; others must not need one.
 unsigned SpeedCode() {
     if (g_i_CardType != kCardMc75i) return 0;
     LogDebug("Baud rate set to 115200");

@@ -9,6 +9,7 @@ namespace {
 
 // By code, ascending. The stray "x" and "X" marks, "usynot" and the blank behind "PUK2 required"
 // are deliberate: field tools compare whole log lines.
+// Oddity cms-texts-to-the-letter: compare CMS errors by number, or with all stray characters.
 constexpr CodeText kCmsErrors[] = {
     {1, "Unassigned (unallocated) number"},
     {8, "Operator determined barring"},

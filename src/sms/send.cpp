@@ -61,6 +61,7 @@ void MoveToFailed(const std::string& name, const std::string& failure_name) {
 
 // The counter is the daemon's, not the file's: deliberate, a file that is listed first takes over
 // the count of the one that failed before it.
+// Oddity one-failure-count: a file may go to send_fail at its first failure.
 void EndAttempts() {
     g_Cp_DelaySendSMSTimer->Stop();
     g_i_SmsSendAttempts = 0;
@@ -167,6 +168,7 @@ bool GetCmsgSlotNum(const std::string& reply, std::string& slot) {
     LogAbove(0, "DEBUG: %s: found needle '<cr>'", __func__);
     // One character less for the carriage return, also where there is none: deliberate, the last
     // digit of a reference is nobody's loss.
+    // Oddity reference-cut: the logged reference of a message may lack its last digit.
     std::string value = rest.substr(0, line_end == 0 ? 0 : line_end - 1);
     CleanWhiteSpace(value);
     if (!IsInteger(value)) return false;

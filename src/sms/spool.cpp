@@ -42,6 +42,7 @@ bool IsForeignLink(const std::string& path) {
 
 // At any debug level but 0 the timer is not asked, deliberately: whoever looks for a fault sees
 // every run.
+// Oddity debug-ages-always: at a debug level the spool is searched for old files at every SMS pass.
 bool CleanupMustWait() {
     return g_Cp_SmsCleanupTimer->IsCounting() && g_i_DebugLevel == 0;
 }
@@ -129,6 +130,7 @@ bool ReadSmsSendFile(const std::string& path, std::string& to, std::string& mess
     }
     // The missing number takes no part in the result, deliberately: the message goes out to an
     // empty number, the modem rejects it, and the file ends in send_fail, where it is noticed.
+    // Oddity no-number-is-tried: a file without TO goes to send_fail after three tries.
     const auto found = text.find(sms_label::kMessage);
     if (found == std::string::npos) {
         LogInvalid(path, sms_label::kMessage);

@@ -25,6 +25,7 @@ struct PublishedText {
 };
 
 // ESN and IMEI carry the same field: deliberate, the web page shows whichever it looks for.
+// Oddity esn-is-imei: CELLMODEM_ESN and CELLMODEM_IMEI are one value.
 constexpr PublishedText kDeviceKeys[] = {
     {key::kEsn, &S::serial_number},
     {key::kImei, &S::serial_number},
@@ -43,6 +44,7 @@ constexpr PublishedText kNetworkKeys[] = {
 };
 
 // Ec/Io stands in the file a second time for the LTE cards: deliberate, readers count lines.
+// Oddity ecio-twice: of the LTE cards CELLMODEM_CURRENT_ECIO stands twice in the file.
 constexpr PublishedText kLteCardKeys[] = {
     {key::kCurrentEcio, &S::ecio},
     {key::kLteRsrp, &S::lte_rsrp},
@@ -129,6 +131,7 @@ void MakeNegative(int& rssi) {
 
 // Changes rssi and rx_level of the record while it reads them: deliberate, the keys further down
 // and the next pass print what is filled in here.
+// Oddity publishing-fills-in: an RSSI that was not told is made from the CSQ.
 SignalValues DeriveSignalValues() {
     S& stats = g_S_Globalstats;
     if (stats.rssi.empty()) stats.rssi = CsqToRssi(stats.csq, stats.previous_csq);

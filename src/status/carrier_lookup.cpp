@@ -44,6 +44,7 @@ std::string ReadPlmn() {
 
 // By substring, not equality: deliberate, networks with a two-digit and a three-digit code for one
 // carrier would else fetch the list on every pass.
+// Oddity carrier-by-substring: a longer network number keeps the name of the shorter one.
 bool NameIsKnownFor(const std::string& number) {
     if (!Contains(number, g_S_Globalstats.carrier_plmn)) return false;
     LogAbove(1, "DEBUG: l_s_this_carrier_number == g_S_Globalstats.carrier_plmn");

@@ -18,6 +18,7 @@ using S = GlobalStats;
 // Emptied before either command. rssi, lte_rsrp, lte_rsrq, serving_cell and location_area_code are
 // deliberately not among them: other queries fill them, too, and their last value stays published.
 // system_mode is among them, so what $NWRAT said of it on the E371 is gone before it is published.
+// Oddity figures-outlive-the-page: RSSI, RSRP, RSRQ and cell may be older than the rest.
 constexpr StatsText kResetFields[] = {
     &S::poweron_time,
     &S::bootup_time,
@@ -116,6 +117,7 @@ constexpr StatusRow kStatusRows[] = {
 
 // The system mode counts as it stands at this moment, set by an earlier row of this line or by an
 // earlier line of the page: deliberate, the lines above "System mode:" are read as WCDMA ones.
+// Oddity page-is-read-downwards: lines above "System mode:" count as WCDMA ones.
 bool Applies(When when) {
     switch (when) {
         case When::kAlways:
@@ -151,6 +153,7 @@ void TakeSingle(const std::string& line, const Item& item) {
 }
 
 // The second value is kept exactly as it stands, line end included: deliberate.
+// Oddity state-keeps-line-end: the GMM and MM states end in a carriage return.
 void TakeJoined(const std::string& line, const Item& item) {
     std::string first;
     std::string second;

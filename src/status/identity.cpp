@@ -49,6 +49,7 @@ constexpr IdentityQuery kPdpContexts =
 //
 // The Sierra firmware row names "!GETBAND:" in its debug line, like the band row: deliberate,
 // field logs are searched for it.
+// Oddity firmware-logged-as-band: at debug level 2 the firmware answer is logged as !GETBAND.
 constexpr IdentityQuery kIdentityPass[] = {
     {&S::carrier, kE362, kAlways, kKeep, "AT$NWNN", 0,
         {TakeUnechoedLine, "AT$NWNN", 3, Trim}},

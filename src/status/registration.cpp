@@ -43,6 +43,7 @@ struct Registration {
 
 // The second scan counts again from the start, and its result replaces the first. Deliberate, like
 // the test for more matches than it has room for: the log lines show this count.
+// Oddity second-scan-counts: the logged number of matches is that of the scan with the cell.
 int ScanWithCell(const std::string& line, Registration& registration) {
     unsigned area = 0;
     unsigned cell = 0;

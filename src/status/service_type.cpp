@@ -21,6 +21,7 @@ constexpr int kNoServiceSeconds = 30;  // the period of g_Cp_NoServiceTimer, as 
 
 // Indexed by the numbers of a $NWRAT line. The trailing blanks are part of the texts: the web page
 // compares them so. Mode 2 has no text of its own.
+// Oddity texts-end-in-blanks: trim the service domain of the E371.
 constexpr const char* kRatModes[] = {"Automatic", "GSM Only",        "Unknown",
                                      "LTE Only",  "CDMA (1x) only ", "HDR Only"};
 constexpr const char* kRatDomains[] = {"Circuit-switched only ", "Packet-switched only ",

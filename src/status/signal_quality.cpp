@@ -45,6 +45,7 @@ void ParseCsq(const std::string& line) {
         CleanWhiteSpace(value);
         // Always empty by now: deliberate. Without a previous value of 99 an unknown signal is
         // published as -99 and not as -125, and the signal display draws it so.
+        // Oddity unknown-signal-is-99: an unknown signal is published as -99 dBm.
         g_S_Globalstats.previous_csq = g_S_Globalstats.csq;
         g_S_Globalstats.csq = value;
         return;

@@ -27,6 +27,7 @@ constexpr CodeText kServiceDomains[] = {{0, "No Service"},
                                         {2, "Packet Switched Service Only"},
                                         {3, "Circuit and Packet Switched Service"}};
 // "No Serivce" is spelled so: the web page looks for it.
+// Oddity no-serivce: compare the system mode with "No Serivce".
 constexpr CodeText kSystemModes[] = {{0, "No Serivce"}, {3, "GSM/GPRS Mode"}, {5, "WCDMA Mode"}};
 constexpr CodeText kSimStates[] = {
     {0, "Not Available"}, {1, "Available"}, {255, "Not Present / PIN Locked"}};
@@ -55,6 +56,7 @@ void QuerySysinfo() {
     DescribeCode(kServiceDomains, ToInt(fields[1]), g_S_Globalstats.service_domain);
     // Compared with the character codes of "0" and "1": deliberate. The web page shows roaming
     // from the registration, and this field has always stayed 0.
+    // Oddity roaming-stays-0: CELLMODEM_ROAMING is always 0; see CELLMODEM_CREG_ABR.
     const int roaming = ToInt(fields[2]);
     if (roaming == 48) g_S_Globalstats.roaming = 0;
     if (roaming == 49) g_S_Globalstats.roaming = 1;

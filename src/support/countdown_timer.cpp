@@ -67,6 +67,7 @@ cCountdownTimer::WallTime cCountdownTimer::ReadClock() {
 
 // Unsigned 32-bit on purpose: a clock set back gives a huge number, so the timer reports expired
 // instead of waiting for the old time to come round again.
+// Oddity timers-follow-the-clock: a clock set back makes all timers expire at once.
 std::uint32_t cCountdownTimer::ElapsedMilliseconds() {
     now_ = ReadClock();
     const auto seconds =

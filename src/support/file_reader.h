@@ -15,4 +15,5 @@ enum class LastCharacter { kAsItIs, kDoubled };
 //
 // kDoubled repeats the last character of the file: "A=12" without a line end reads as "A=122".
 // Deliberate: the programs that write the tables and the SMS send files have always lived with it.
+// Oddity last-character-doubled: end every file with a line feed.
 bool ReadTextFile(const std::string& path, LastCharacter last, std::string& text);

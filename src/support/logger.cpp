@@ -21,6 +21,7 @@ constexpr std::size_t kTimeRoom = 23;  // characters, the terminating zero inclu
 
 // Each newline takes the character behind it along: "a\nb" becomes "a^M". Deliberate; the log
 // viewers on the router count on lines of exactly this shape.
+// Oddity newline-eats-neighbour: in /var/log/csq a line end and the character behind it read "^M".
 void ReplaceNewlines(std::string& message) {
     for (auto at = message.find('\n'); at != std::string::npos; at = message.find('\n', at + 2)) {
         message.replace(at, 2, "^M");

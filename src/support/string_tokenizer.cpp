@@ -43,6 +43,7 @@ unsigned cStringTokenizer::TrimTokens() {
 
 // The list is deliberately not shortened: the slots behind the last token keep their old text, so
 // that a, (empty), b reads a, b, b. The table files rely on it: "=value" gets the label "value".
+// Oddity tokens-keep-their-tail: a line "=value" has the key "value".
 unsigned cStringTokenizer::RemoveEmptyTokens() {
     size_type write = 0;
     for (size_type read = 0; read < size(); ++read) {

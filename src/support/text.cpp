@@ -58,6 +58,7 @@ void ToLower(std::string& text) {
     for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
 }
 
+// Oddity empty-is-a-number: an empty level counts as 0 dBm, which is full signal.
 bool IsInteger(const std::string& text) {
     const std::size_t first = !text.empty() && text[0] == '-' ? 1 : 0;
     return text.find_first_not_of("0123456789", first) == std::string::npos;

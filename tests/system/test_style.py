@@ -183,6 +183,13 @@ class Documents(unittest.TestCase):
         self.assertEqual(cases_below(PROJECT / "tests" / "scenarios" / "hazards") - told, set())
 
 
+    def test_the_register_of_oddities_is_whole(self):
+        """No mark without a test, no test without a mark, and the page as the marks have it."""
+        register = subprocess.run([str(PROJECT / "scripts" / "oddities"), "--check"], check=False,
+                                  capture_output=True, text=True)
+        self.assertEqual((register.returncode, register.stderr), (0, ""))
+
+
 class Program(unittest.TestCase):
     def test_links_only_the_language_libraries(self):
         dynamic = subprocess.run(["readelf", "-d", str(BUILD / "modemd")], check=True,

@@ -96,6 +96,7 @@ TEST(TowerTime, OfThe881WithHalfAnAnswerIsAskedForAgainAfterFiveMinutes) {
 }
 
 // The modem's own clock says whole years: 26 is the year 26, and not worth a retry of its own.
+// Guards oddity fallback-year-whole.
 TEST(TowerTime, OfThe881DoesNotCompleteAShortYearOfTheFallback) {
     World world("-881");
     world.modem().Answer("AT+CCLK?", "\r\nERROR\r\n");

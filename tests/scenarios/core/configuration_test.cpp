@@ -124,6 +124,7 @@ TEST(PppFile, SwitchesTheInterfaceOffForNoOnly) {
 }
 
 // Both messages name CM_ENABLE_INTERFACE.
+// Guards oddity route-logged-as-enable.
 TEST(PppFile, SwitchesTheDefaultRouteOffForNoOnly) {
     struct Row {
         const char* value;
@@ -150,6 +151,7 @@ TEST(PppFile, SwitchesTheDefaultRouteOffForNoOnly) {
 }
 
 // The line names CM_APN whichever of the three keys is missing.
+// Guards oddity missing-entry-is-apn.
 TEST(PppFile, TellsEachMissingKeyAtADebugLevel) {
     World world("-d");
     world.WriteFile(kProvision, "DEBUG_MODE=-1\n");

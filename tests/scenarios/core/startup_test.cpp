@@ -231,6 +231,7 @@ TEST(StartUp, TheLevelIsTheNumberOfOptions) {
     EXPECT_EQ(world.CountLog("DEBUG: debug mode 3"), 1u);
 }
 
+// Guards oddity debug-level-falls.
 TEST(StartUp, AProvisioningFileTakesTheDebugOptionsBack) {
     World world("-d -d");
     world.WriteFile("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=no\n");

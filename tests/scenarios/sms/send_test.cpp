@@ -176,6 +176,7 @@ TEST(SendFile, IsNotEvenListedWhileTheDelayRuns) {
     EXPECT_EQ(world.ShellTimes(kMakeSend).size(), 0u);
 }
 
+// Guards oddity no-number-is-tried.
 TEST(SendFile, WithoutANumberEndsInSendFail) {
     SmsWorld world;
     world.Drop("msg", "MSG=Hello\n");

@@ -77,6 +77,7 @@ TEST_F(DhcpClient, StartsWithoutTheDefaultRouteKeepingTwoBlanks) {
     EXPECT_EQ(world.shell, Lines{"udhcpc -T 3 -S -b -i wwan0 -G  &> /dev/null"});
 }
 
+// Guards oddity client-line-logged-short.
 TEST_F(DhcpClient, StartingShowsTheBaseTextOnly) {
     g_S_PppConfig.default_route = false;
     EXPECT_EQ(LevelsThatLog("DEBUG: running command 'udhcpc -T 3 -S -b -i wwan0'", StartUdhcpc),

@@ -244,6 +244,7 @@ TEST_F(ErrorChecks, OfOtherCardsIgnoreTheLteCounts) {
 
 // Two counts above 0 take turns in the one last-seen value, so each counts as changed every time:
 // the 8 resets on every run, and the 3 behind it takes the marker away.
+// Guards oddity shared-last-seen.
 TEST_F(ErrorChecks, OfTwoCountsShareOneLastSeenValue) {
     g_i_CardType = kCardNovatelE362;
     EXPECT_EQ(ResetsForLte(8, 3), 1U);

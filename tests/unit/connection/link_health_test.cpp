@@ -80,6 +80,7 @@ TEST_F(TxBytes, OfZeroFailFromTheStart) {
     EXPECT_EQ(world.log, Lines{kWarning});
 }
 
+// Guards oddity tx-count-stays.
 TEST_F(TxBytes, ThatRestartFailUntilTheyPassTheOldHigh) {
     Check("5000\n");
     EXPECT_EQ(Check("0\n"), 0);

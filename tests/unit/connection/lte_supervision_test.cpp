@@ -136,6 +136,7 @@ TEST_F(LteSupervision, DoesNotUseTheResultOfTheCheckAfterARestart) {
     EXPECT_FALSE(HasRun(kPingLine));
 }
 
+// Guards oddity dialing-marker-stays.
 TEST_F(LteSupervision, LeavesTheDialingMarkerWhenTheCallComesUp) {
     Put(kDialing, "");
     SayState("CONNECTED");
@@ -214,6 +215,7 @@ TEST_F(DisabledInterface, OnlySetsTheMarkersWhenTheCallIsDown) {
     EXPECT_EQ(g_i_LteConnectAttempts, 0);
 }
 
+// Guards oddity disabled-looks-always.
 TEST_F(DisabledInterface, IsLookedAtOnEveryPassWhateverTheTimer) {
     SayState("DISCONNECTED");
     g_Cp_LteCheckTimer->Start();
@@ -263,6 +265,7 @@ TEST_F(LteSupervision, ResetsNothingAtTen) {
     EXPECT_FALSE(world.Logged(kGaveUp));
 }
 
+// Guards oddity log-says-ten.
 TEST_F(LteSupervision, ResetsTheModemAtElevenAndSaysTen) {
     stats.lte_connect_failures = 9;
     checkLteStatus();

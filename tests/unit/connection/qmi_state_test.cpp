@@ -81,6 +81,7 @@ TEST_F(QmiState, SplitsTheResultAtExactlyOneColon) {
     }
 }
 
+// Guards oddity qmi-texts-lag.
 TEST_F(QmiState, TranslatesWhatTheCheckBeforeReported) {
     Ask("\r\n$NWQMISTATUS: FAIL:14\r\nCall End Reason: 5\r\nCall Duration: 00:01:00\r\n");
     EXPECT_EQ(stats.qmi_result_number, "Unknown");
@@ -138,6 +139,7 @@ TEST_F(QmiState, ConnectedWithoutAnAddressIsNoFailureAndYetNotConnected) {
     EXPECT_EQ(world.log, Lines{kNoAddress});
 }
 
+// Guards oddity unknown-counts-as-failed.
 TEST_F(QmiState, UnknownIsJudgedByTheAddressAndCountsAsAFailure) {
     SetAddress("10.64.0.2");
     EXPECT_EQ(AskState(" unknown"), 1);

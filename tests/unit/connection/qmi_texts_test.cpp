@@ -81,6 +81,7 @@ TEST(CallEndReason, EveryNumberUpTo20ReadsAsListedOrAsItCame) {
     }
 }
 
+// Guards oddity end-reason-no-utf-8.
 TEST(CallEndReason, TheDashOfFiveIsTheSingleByte96) {
     const std::string text = EndReason("5");
     EXPECT_EQ(text.size(), 46U);

@@ -72,6 +72,7 @@ TEST_F(Shutdown, OnSigintIsTheSame) {
               Lines{"log: received SIGINT/SIGTERM"} + kCleanUp + kPlainEnd);
 }
 
+// Guards oddity recieved.
 TEST_F(Shutdown, OnSighupAlsoResetsTheModem) {
     g_b_GotSigHup = 1;
     EXPECT_EQ(
@@ -105,6 +106,7 @@ TEST_F(Shutdown, LeavesTheLinkOfOtherCardsAlone) {
     }
 }
 
+// Guards oddity pid-file-stays.
 TEST_F(Shutdown, RemovesTheTwoFilesAndLeavesThePidFile) {
     Put("/var/log/wireless.cardstats", "CSQ=12\n");
     Put("/var/run/BackendResetControl", "1");

@@ -106,6 +106,8 @@ TEST_F(CommandLine, AnUnknownOptionIsIgnoredWithoutAMessage) {
 }
 
 // Every card option takes -cind1 back.
+// Guards oddity cind1-behind-the-card.
+// Guards oddity querry.
 TEST_F(CommandLine, Cind1CountsOnlyBehindTheCard) {
     struct Row {
         Words words;

@@ -131,6 +131,7 @@ TEST_F(AtChannel, EveryCommandTypeHasItsCommand) {
 }
 
 // Deliberate: all 80 bytes of the command buffer go out, and CR and LF follow on their own.
+// Guards oddity commands-end-in-zeros.
 TEST_F(AtChannel, ACannedCommandIsWrittenWithItsZeros) {
     SendCommandType(kSendSignalQuery);
     EXPECT_EQ(world.heard, (Lines{Padded("AT+CSQ"), "\r", "\n"}));

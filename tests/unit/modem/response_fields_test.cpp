@@ -74,6 +74,7 @@ TEST_F(ResponseFields, TwoNeedlesGiveTheTextBetweenAndTheRest) {
 }
 
 // Deliberate: the length of the first value leaves the first needle's position out.
+// Guards oddity first-value-runs-on.
 TEST_F(ResponseFields, ALabelThatStartsLaterLetsTheFirstValueRunOn) {
     EXPECT_EQ(ExtractAroundNeedles("  RSSI (dBm): -70 RSRP (dBm): -99",
                                    "RSSI (dBm):", "RSRP (dBm):", value1_, value2_),
@@ -161,6 +162,7 @@ TEST_F(ResponseFields, AnyOtherServiceIsGood) {
     EXPECT_EQ(world.log, Lines{"DEBUG: haveValidService() Good service 'LTE'"});
 }
 
+// Guards oddity empty-signal-is-minus.
 TEST_F(ResponseFields, AMagnitudeGetsItsSign) {
     struct Row {
         const char* text;

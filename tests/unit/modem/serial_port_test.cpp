@@ -100,6 +100,7 @@ TEST_F(SerialPort, SetsEightDataBitsNoParityOneStopBit) {
     EXPECT_EQ(control & HUPCL, static_cast<tcflag_t>(HUPCL));
 }
 
+// Guards oddity no-line-speed.
 TEST_F(SerialPort, OnlyTheMc75iGetsASpeed) {
     struct Row {
         int card;

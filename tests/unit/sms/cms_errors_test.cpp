@@ -83,6 +83,7 @@ const std::map<int, std::string> kDescriptions = {
 
 }  // namespace
 
+// Guards oddity cms-texts-to-the-letter.
 TEST(CmsErrorText, GivesEveryDescriptionToTheLetter) {
     ASSERT_EQ(kDescriptions.size(), 70u);
     for (const auto& [code, description] : kDescriptions) {

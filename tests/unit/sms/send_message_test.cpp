@@ -124,6 +124,7 @@ TEST_F(Transaction, SendsABodyWithZeroBytesWhole) {
     EXPECT_EQ(world.heard[2], std::string("a\0b\x1a", 4));
 }
 
+// Guards oddity reference-cut.
 TEST(SlotNumber, IsTheTextUpToTheLineEndLessOneCharacter) {
     struct Case {
         const char* reply;

@@ -167,6 +167,7 @@ TEST_F(Sending, MovesTheFileAwayAtTheThirdFailureInARow) {
     EXPECT_FALSE(g_Cp_DelaySendSMSTimer->IsRunning());
 }
 
+// Guards oddity one-failure-count.
 TEST_F(Sending, CountsForTheDaemonAndNotForTheFile) {
     LetTheModemRefuse();
     PutToSend("first", "TO=123\nMSG=Hello\n");

@@ -411,6 +411,7 @@ TEST_F(Ageing, RunsWhileTheTimerIsStopped) {
     EXPECT_FALSE(g_Cp_SmsCleanupTimer->IsRunning());
 }
 
+// Guards oddity debug-ages-always.
 TEST_F(Ageing, DoesNotAskTheTimerAtAnyOtherDebugLevel) {
     for (const int level : {-1, 1, 4}) {
         g_i_DebugLevel = level;

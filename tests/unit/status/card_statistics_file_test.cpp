@@ -179,6 +179,7 @@ TEST_F(StatisticsFile, OfTheNovatelCards) {
     }
 }
 
+// Guards oddity esn-is-imei.
 TEST_F(StatisticsFile, OfAllOtherCards) {
     for (const int card : {kCardGeneric, kCardType3, kCardSierraUsb305, kCardMc75i}) {
         EXPECT_EQ(std::string(kTop) + kNetwork + kContexts, FileOf(card)) << card;

@@ -79,6 +79,7 @@ TEST_F(CardStatistics, KeepTheDefaultsWithoutALevel) {
     EXPECT_EQ("0 -125 0 0 99 0 ", SignalOf("Unknown", "Unknown", "Unknown"));
 }
 
+// Guards oddity publishing-fills-in.
 TEST_F(CardStatistics, FillAnEmptyRssiFromTheSignal) {
     EXPECT_EQ("-92 -125 -92 17 99 17 ", SignalOf("17", "", "Unknown"));
     EXPECT_EQ("92", stats.rssi);
@@ -134,6 +135,7 @@ TEST_F(CardStatistics, NumberTheContextsByTheirLine) {
     EXPECT_EQ("(no key)", Value("CELLMODEM_SIM_CONT_APN2"));
 }
 
+// Guards oddity ecio-twice.
 TEST_F(CardStatistics, HoldTheEcioTwiceForTheLteCards) {
     const std::string line = "CELLMODEM_CURRENT_ECIO=-6.5\n";
     for (const int card : {kCardNovatelE362, kCardNovatelE371}) {

@@ -42,6 +42,7 @@ TEST_F(CarrierLookup, DoesNotAskForTheListAgain) {
 
 // The kept number is searched for inside the new one, so a longer number with the same start
 // counts as the same network.
+// Guards oddity carrier-by-substring.
 TEST_F(CarrierLookup, TakesALongerNumberForTheSameNetwork) {
     stats.carrier_plmn = "31041";
     stats.carrier = "Example Net";

@@ -73,6 +73,7 @@ class HealthReport : public StatusTest {
     }
 };
 
+// Guards oddity figures-outlive-the-page.
 TEST_F(HealthReport, EmptiesItsFieldsAndLeavesThoseOfOthers) {
     FillAll("old");
     Ask({"ERROR"});
@@ -160,6 +161,7 @@ TEST_F(HealthReport, ReadsNoWcdmaLabelsOnLte) {
 }
 
 // The system counts as it stands at each line, from the line itself on.
+// Guards oddity page-is-read-downwards.
 TEST_F(HealthReport, SwitchesToLteInTheMiddleOfThePage) {
     Ask({"WCDMA band: 1900", "LTE band: early\tLTE bw: 1",
          "System mode: LTE\tPS state: x LTE band: B4\tLTE bw: 5", "WCDMA channel: 612"});
@@ -190,6 +192,7 @@ TEST_F(HealthReport, ReadsASingleWcdmaLabelWhileTheFieldIsEmpty) {
 }
 
 // White space goes out of the first value only; the second keeps its carriage return.
+// Guards oddity state-keeps-line-end.
 TEST_F(HealthReport, JoinsTheMobilityStatesAtTheTab) {
     world.answers["at!gstatus?"] = "GMM (PS) state:REGISTERED\tNORMAL SERVICE";
     QueryHealthReport();

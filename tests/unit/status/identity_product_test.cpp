@@ -107,6 +107,7 @@ TEST_F(ProductOf, TheFirmwareQueriesDoNotStandInForEachOther) {
 }
 
 // The Sierra firmware query prints the band query's message.
+// Guards oddity firmware-logged-as-band.
 TEST_F(ProductOf, TheFirmwareIsTracedWithTheBandsLabel) {
     g_i_CardType = kCardSierra881;
     world.answers["at!gver?"] = Answered({"!GVER: 1"});

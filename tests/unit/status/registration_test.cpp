@@ -109,6 +109,7 @@ TEST_F(Registration, LeavesTheCellInOtherModes) {
 
 // The second scan stores four values at most: "more than four" never comes true, even on a line
 // that has more, and the count that is logged is the second one.
+// Guards oddity second-scan-counts.
 TEST_F(Registration, CountsTheMatchesOfTheSecondScan) {
     world.answers["AT+CREG?"] = Answered({"+CREG: 2,1,1A2B,3C4D,7,8"});
     EXPECT_EQ(kAtNonZero, LevelsThatLog("DEBUG: Got num matches 4", CheckRegistration));

@@ -211,6 +211,7 @@ TEST_F(E371Service, NamesTheMode) {
     EXPECT_EQ("Unknown", stats.system_mode);
 }
 
+// Guards oddity texts-end-in-blanks.
 TEST_F(E371Service, NamesTheDomain) {
     const char* const texts[] = {"Circuit-switched only ", "Packet-switched only ", "CS and PS",
                                  "Unknown"};

@@ -87,6 +87,7 @@ TEST_F(Lightbar, TakesTheNumberBeforeTheFirstComma) {
 }
 
 // The previous value is taken over after the current one was emptied.
+// Guards oddity unknown-signal-is-99.
 TEST_F(Lightbar, LeavesThePreviousSignalEmpty) {
     UpdateLightbar("+CSQ: 17,99");
     EXPECT_EQ("", stats.previous_csq);

@@ -47,6 +47,7 @@ TEST_F(Sysinfo, NamesTheServiceDomain) {
 }
 
 // The comparison is with the character codes of "0" and "1".
+// Guards oddity roaming-stays-0.
 TEST_F(Sysinfo, RoamingIsComparedWithCharacterCodes) {
     const std::pair<const char*, int> rows[] = {{"0", 0},  {"1", 0},  {"48", 0},
                                                 {"49", 1}, {"50", 0}, {"2", 0}};
@@ -57,6 +58,7 @@ TEST_F(Sysinfo, RoamingIsComparedWithCharacterCodes) {
     }
 }
 
+// Guards oddity no-serivce.
 TEST_F(Sysinfo, NamesTheSystemModeInItsOwnSpelling) {
     const std::pair<int, const char*> rows[] = {
         {0, "No Serivce"}, {3, "GSM/GPRS Mode"}, {5, "WCDMA Mode"}};

@@ -140,6 +140,7 @@ TEST_F(CountdownTimer, MicrosecondsAreCutBeforeTheyAreSubtracted) {
 }
 
 // Deliberate: the wall clock is meant, and the difference is unsigned.
+// Guards oddity timers-follow-the-clock.
 TEST_F(CountdownTimer, AClockSetBackExpiresEveryRunningTimer) {
     cCountdownTimer timer(0, 14400);
     timer.Start();

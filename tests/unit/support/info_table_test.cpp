@@ -67,6 +67,7 @@ TEST_F(InfoTable, SomeLinesMakeNoEntry) {
 }
 
 // Deliberate: a last line without a line end reads so, and always has.
+// Guards oddity last-character-doubled.
 TEST_F(InfoTable, TheLastCharacterOfTheFileIsDoubled) {
     EXPECT_EQ(Table("A=12").GetValue("A"), "122");
     EXPECT_EQ(Table("SYNC_TIME=yes").GetValue("SYNC_TIME"), "yess");

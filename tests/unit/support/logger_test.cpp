@@ -65,6 +65,7 @@ TEST_F(Logger, TheSkipIsSpentOnALineThatHasNoStampAnyway) {
 }
 
 // Deliberate: each newline takes the character behind it along.
+// Guards oddity newline-eats-neighbour.
 TEST_F(Logger, ANewlineBecomesCaretMAndEatsItsNeighbour) {
     struct Row {
         const char* message;

@@ -114,6 +114,7 @@ TEST(StringTokenizer, TrimKeepsBytesAboveSevenBits) {
 }
 
 // Deliberate: the list is not shortened, and the table files rely on it.
+// Guards oddity tokens-keep-their-tail.
 TEST(StringTokenizer, RemovingEmptyTokensKeepsTheCountAndTheTail) {
     struct Row {
         const char* source;

@@ -74,6 +74,7 @@ TEST(Text, SignedNumbersAreDigitsWithAtMostALeadingMinus) {
 }
 
 // Deliberate: nothing in them fails.
+// Guards oddity empty-is-a-number.
 TEST(Text, TheEmptyTextAndALoneMinusPassAsNumbers) {
     EXPECT_TRUE(IsInteger(""));
     EXPECT_TRUE(IsInteger("-"));
