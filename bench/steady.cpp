@@ -13,6 +13,7 @@
 #include <map>
 #include <string>
 
+#include "rig/card_options.h"
 #include "rig/private_root.h"
 #include "rig/program.h"
 #include "rig/world.h"
@@ -47,9 +48,9 @@ void PrintPrograms(const std::string& card, const World& world) {
     }
 }
 
-void LiveSteadily(const char* option, long days) {
-    const std::string card = *option == '\0' ? "generic" : option + 1;
-    World world(option);
+void LiveSteadily(const cards::Model& model, long days) {
+    const std::string card = model.name;
+    World world(OptionOf(model));
     world.SetAddress("10.64.0.2");
     world.SetTxBytes(
         [](Duration now) { return static_cast<std::uint64_t>(now.count() / 1000000); });
@@ -77,9 +78,9 @@ void LiveSteadily(const char* option, long days) {
 }
 
 int LiveAll(long days, const std::string& wanted) {
-    for (const char* option : {"", "-881", "-E362", "-E371", "-USB305", "-mc75i"}) {
-        if (!wanted.empty() && option != "-" + wanted) continue;
-        LiveSteadily(option, days);
+    for (const cards::Model& model : cards::kModels) {
+        if (!wanted.empty() && model.name != wanted) continue;
+        LiveSteadily(model, days);
         std::fflush(stdout);
     }
     return 0;

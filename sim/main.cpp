@@ -10,6 +10,7 @@
 #include "sim/control_socket.h"
 #include "sim/profile.h"
 #include "sim/runner.h"
+#include "state/cards.h"
 
 namespace {
 
@@ -20,7 +21,7 @@ void PrintUsage(std::FILE* where) {
         "usage: modem-sim [OPTION]...             run a simulated modem until a signal\n"
         "       modem-sim ctl [--control SOCKET] WORD...   tell a running modem what happens\n"
         "\n"
-        "  --profile NAME|FILE   881, E362, E371, USB305, mc75i or generic (the default)\n"
+        "  --profile NAME|FILE   the model, generic if not given; the path of one of your own\n"
         "  --profiles DIR        where the profiles are\n"
         "  --link PATH           keep a symbolic link to the terminal here\n"
         "  --control SOCKET      path of the control socket\n"
@@ -30,8 +31,12 @@ void PrintUsage(std::FILE* where) {
         "  --on-call-down CMD    shell command when the data call is down\n"
         "  --speak-up            tell changes of the signal without being asked\n"
         "\n"
-        "modem-sim ctl help lists the words; modem-sim(1) explains them.\n",
+        "The models:\n",
         where);
+    for (const cards::Model& model : cards::kModels) {
+        std::fprintf(where, "  %-8s %s\n", model.name, model.title);
+    }
+    std::fputs("\nmodem-sim ctl help lists the words; modem-sim(1) explains them.\n", where);
 }
 
 enum Option { kProfile = 1000, kProfiles, kLink, kControl, kSeed, kLog, kUp, kDown, kSpeak, kHelp };

@@ -10,6 +10,7 @@
 #include <stdexcept>
 
 #include "sim/values.h"
+#include "state/cards.h"
 
 namespace sim {
 
@@ -212,10 +213,21 @@ void SetProfileDirectory(const std::string& directory) {
     g_profile_directory = directory;
 }
 
+std::string ModelNames() {
+    std::string names;
+    for (const cards::Model& model : cards::kModels) {
+        names += (names.empty() ? "" : ", ") + std::string(model.name);
+    }
+    return names;
+}
+
 Profile LoadProfile(const std::string& path_or_name) {
     const bool is_path = path_or_name.find_first_of("/.") != path_or_name.npos;
     const std::string path =
         is_path ? path_or_name : ProfileDirectory() + "/" + path_or_name + ".profile";
+    if (!is_path && !IsFile(path)) {
+        throw std::runtime_error(path + ": cannot be read; the models are " + ModelNames());
+    }
     Profile profile;
     const std::string file = path.substr(path.rfind('/') + 1);
     profile.name = file.substr(0, file.rfind('.'));

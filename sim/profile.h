@@ -53,6 +53,9 @@ struct Profile {
 // the path of a file. Throws std::runtime_error with "file:line: why" on bad data.
 Profile LoadProfile(const std::string& path_or_name);
 
+// The names of the daemon's cards, each of which has a profile: "generic, 881, ..."
+std::string ModelNames();
+
 // Where names are looked up. By default the first of these that holds base.profile: beside the
 // program's folder (../share/modemd/profiles), the folder it was installed to, the source's own.
 void SetProfileDirectory(const std::string& directory);

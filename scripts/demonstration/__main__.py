@@ -6,11 +6,11 @@ import signal
 import sys
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "sandbox"))
-from cards import CARDS  # noqa: E402  (the path above makes the others' imports known)
-from checks import Checks  # noqa: E402
+from checks import Checks  # noqa: E402  (the path above makes the others' imports known)
 from hand import QUIT, Hand  # noqa: E402
 from live import LiveRouter  # noqa: E402
 from picture import Picture  # noqa: E402
+from shown_cards import CARDS  # noqa: E402
 from simulated import FASTEST, SLOWEST, SimulatedRouter  # noqa: E402
 from state import State  # noqa: E402
 from story import Story  # noqa: E402

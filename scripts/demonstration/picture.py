@@ -4,7 +4,7 @@ from itertools import zip_longest
 
 from rich.text import Text
 
-from cards import LOG
+from shown_cards import LOG
 from state import FULL_SIGNAL, LIGHTBAR, RESTART_PAUSE
 
 FRESH = 3  # seconds for which what changed is marked

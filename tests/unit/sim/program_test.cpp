@@ -182,9 +182,11 @@ TEST_F(Program, WrongOptionsAndProfilesAreExplained) {
     const Outcome help = RunShell(program + " --help");
     EXPECT_EQ(help.status, 0);
     EXPECT_THAT(help.output, StartsWith("usage: modem-sim"));
+    EXPECT_THAT(help.output, HasSubstr("  mc75i    Cinterion MC75i\n"));
     const Outcome missing = RunShell(program + " --profile nosuch --control " + Path("socket"));
     EXPECT_EQ(missing.status, 1);
-    EXPECT_THAT(missing.output, HasSubstr("nosuch.profile: cannot be read"));
+    EXPECT_THAT(missing.output,
+                HasSubstr("nosuch.profile: cannot be read; the models are generic, 881, E362, "));
 }
 
 }  // namespace
