@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -101,6 +102,7 @@ class Writer {
     Writer(const std::string& path, const std::vector<std::string>& texts) {
         pid_ = fork();
         if (pid_ != 0) return;
+        prctl(PR_SET_PDEATHSIG, SIGKILL);  // Also a killed test takes it along.
         for (std::size_t i = 0;; i = (i + 1) % texts.size()) {
             cTextFileWriter file(path);
             file.AddLine(texts[i]);
