@@ -34,16 +34,16 @@ TEST_P(AnyWorld, KeepsItsPromises) {
 INSTANTIATE_TEST_SUITE_P(Worlds, AnyWorld, testing::Range(0U, kWorlds));
 
 TEST(AllWorlds, HaveEveryCardEveryEndingAndEveryHappening) {
-    std::set<CardType> drawn;
+    std::set<CardType> models;
     std::set<Ending> endings;
     std::set<const Happening*> happenings;
     for (unsigned number = 0; number < kWorlds; ++number) {
         const Plan plan = DrawPlan(rig::Seed(), number);
-        drawn.insert(plan.card);
+        models.insert(plan.card);
         endings.insert(plan.ending);
         for (const Plan::Drawn& drawn : plan.happenings) happenings.insert(drawn.happening);
     }
-    EXPECT_EQ(drawn.size(), std::size(cards::kModels));
+    EXPECT_EQ(models.size(), std::size(cards::kModels));
     EXPECT_EQ(endings.size(), 4U);
     EXPECT_EQ(happenings.size(), Happenings().size());
 }
