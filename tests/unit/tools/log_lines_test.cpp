@@ -52,12 +52,6 @@ std::string Sample(const std::string& format) {
     return std::regex_replace(format, std::regex("%[0-9.]*l?([sdufc])"), "7x");
 }
 
-bool HasEntry(const std::string& format) {
-    const auto& lines = AllLogLines();
-    return std::any_of(lines.begin(), lines.end(),
-                       [&](const LogLine& line) { return format == line.format; });
-}
-
 // Lines whose words come from elsewhere; their texts are in the tests below.
 const std::set<std::string> kPassedOn = {"%s"};
 
