@@ -20,7 +20,7 @@ constexpr char kActivation[] = "/var/log/wirelessactivation_status";
 
 class EveryCard : public testing::TestWithParam<cards::Model> {
   protected:
-    EveryCard() : world_(OptionOf(GetParam())) {
+    EveryCard() : world_(rig::OptionOf(GetParam())) {
         world_.Start();
         world_.RunFor(2min);
     }
