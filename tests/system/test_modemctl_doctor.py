@@ -79,7 +79,7 @@ class Doctor(unittest.TestCase):
         self.assertEqual(checks(self.router)["shell"]["health"], "fine")
 
     def test_6_a_log_daemon_that_is_stuck_or_dead_is_found(self):
-        process = self.router.shell("pidof syslogd").strip()
+        process = self.router.shell("pgrep -f 'busybox syslog[d]'").strip()
         self.router.shell(f"kill -STOP {process}")
         self.fill_the_log()
         self.router.wait_for(lambda: checks(self.router)["log-daemon"]["health"] == "bad",
@@ -90,7 +90,7 @@ class Doctor(unittest.TestCase):
         self.router.shell(f"kill {process}")
         self.router.wait_for(lambda: checks(self.router)["log-daemon"]["health"] == "bad",
                              "the log's end to be seen")
-        self.router.shell("/sbin/syslogd -O /var/log/messages")
+        self.router.shell("syslogd -O /var/log/messages")
 
     def fill_the_log(self):
         """Lines until one is not taken: the socket has room for a few only."""

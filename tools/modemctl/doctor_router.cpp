@@ -5,6 +5,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <sys/sysmacros.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -121,18 +122,25 @@ std::vector<Process> Processes(const Tree& tree) {
     return processes;
 }
 
-bool HasOpen(const Process& process, const struct stat& device) {
+// A program with both ends of a pseudo terminal is the modem behind it, not another user.
+bool IsMaster(const struct stat& status) {
+    return S_ISCHR(status.st_mode) && status.st_rdev == makedev(5, 2);
+}
+
+bool UsesPort(const Process& process, const struct stat& device) {
     const std::string place = Format("/proc/%d/fd", process.pid);
     DIR* const stream = opendir(place.c_str());
     if (stream == nullptr) return false;
-    bool open = false;
+    bool uses = false;
+    bool is_modem = false;
     while (const dirent* const found = readdir(stream)) {
         struct stat status = {};
         if (stat((place + "/" + found->d_name).c_str(), &status) != 0) continue;
-        open = open || (S_ISCHR(status.st_mode) && status.st_rdev == device.st_rdev);
+        uses = uses || (S_ISCHR(status.st_mode) && status.st_rdev == device.st_rdev);
+        is_modem = is_modem || IsMaster(status);
     }
     closedir(stream);
-    return open;
+    return uses && !is_modem;
 }
 
 // The value behind the last "KEY=" of a unit's text, empty for none.
@@ -245,7 +253,7 @@ Finding CheckPortUsers(const Patient& patient) {
     }
     for (const Process& process : Processes(patient.tree)) {
         const bool ours = patient.Runs() && process.pid == patient.snapshot.pid;
-        if (ours || !HasOpen(process, device)) continue;
+        if (ours || !UsesPort(process, device)) continue;
         return Bad(Format("process %d (%s) has the port open, too: it eats answers", process.pid,
                           process.program.c_str()),
                    Format("kill %d, and see to it that it does not start again", process.pid));
