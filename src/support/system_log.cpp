@@ -4,9 +4,14 @@
 
 #include <syslog.h>
 
+#include <cerrno>
 #include <cstdarg>
 
 int g_i_DebugLevel = 0;
+
+void NameLogLines() {
+    openlog(program_invocation_short_name, 0, LOG_USER);
+}
 
 bool IsDebug() {
     return g_i_DebugLevel != 0;

@@ -9,6 +9,10 @@
 // file, which can make it negative.
 extern int g_i_DebugLevel;
 
+// Puts the program's own name, "modemd", in front of every line. glibc does so unasked, musl writes
+// lines without a name. Opens nothing yet.
+void NameLogLines();
+
 // Always.
 void Log(const char* format, ...) __attribute__((format(printf, 1, 2)));
 

@@ -90,6 +90,10 @@ int usleep(useconds_t microseconds) {
     return 0;
 }
 
+void openlog(const char* name, int, int) {
+    if (g_world != nullptr) g_world->log_name = name;
+}
+
 void vsyslog(int priority, const char* format, va_list arguments) {
     TakeLogLine(priority, format, arguments);
 }

@@ -13,6 +13,7 @@ namespace fake {
 struct World {
     std::vector<std::string> log;                // system log lines, in order
     std::vector<int> log_priorities;             // one for each line
+    std::string log_name;                        // what openlog() was told
     std::vector<std::string> shell;              // command lines given to system()
     std::map<std::string, int> shell_status;     // result of a command line; 0 when not listed
     std::vector<std::string> heard;              // what the modem heard: one entry for each write

@@ -10,6 +10,11 @@ namespace {
 
 class SystemLog : public fake::DaemonTest {};
 
+TEST_F(SystemLog, LinesCarryTheNameOfTheProgram) {
+    NameLogLines();
+    EXPECT_EQ(world.log_name, "unit_support");
+}
+
 TEST_F(SystemLog, EveryLineIsANotice) {
     g_i_DebugLevel = 4;
     Log("a %d", 1);
