@@ -255,8 +255,8 @@ bool ReadExportEntry(std::FILE* stream, LogRecord& record) {
                 length |= static_cast<std::uint64_t>(std::getc(stream) & 0xff) << i;
             }
             if (length > kLongestField) return false;
-            value.resize(length);
-            if (std::fread(&value[0], 1, length, stream) != length) return false;
+            value.resize(static_cast<std::size_t>(length));
+            if (std::fread(&value[0], 1, value.size(), stream) != value.size()) return false;
             std::getc(stream);
         }
         any = true;

@@ -77,7 +77,6 @@ class StatusRows {
   public:
     StatusRows(const Snapshot& snapshot, const Session& session)
         : snapshot_(snapshot),
-          session_(session),
           terminal_(session.terminal),
           chain_(JudgeChain(snapshot, session.max_age)),
           page_(session.terminal) {}
@@ -253,7 +252,6 @@ class StatusRows {
     }
 
     const Snapshot& snapshot_;
-    const Session& session_;
     const Terminal& terminal_;
     const Chain chain_;
     Page page_;
