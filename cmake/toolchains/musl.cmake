@@ -17,6 +17,7 @@ set(CMAKE_RANLIB ${musl}/bin/musl-ranlib CACHE FILEPATH "")
 # and the compiler checks none.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-flto -Os")
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
+set(CMAKE_DISABLE_PRECOMPILE_HEADERS ON)  # this compiler makes none
 if(QEMU)
     set(CMAKE_CROSSCOMPILING_EMULATOR qemu-${QEMU}-static)
 endif()

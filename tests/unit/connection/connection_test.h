@@ -2,6 +2,7 @@
 // test's own folder, and one story of what happened, in order.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -10,6 +11,10 @@
 
 using Lines = std::vector<std::string>;
 using Levels = std::vector<int>;
+
+constexpr std::int64_t kSecond = 1000000;       // of the world's clock
+constexpr char kQuestion[] = "AT$NWQMISTATUS";  // is there a call?
+constexpr char kPingLine[] = "ping -c 1 -I wwan0 8.8.8.8 &> /dev/null";
 
 // The debug levels, of -1 to 4, at which a line is written.
 inline const Levels kAlways = {-1, 0, 1, 2, 3, 4};

@@ -11,9 +11,7 @@
 namespace {
 
 constexpr char kCounter[] = "/sys/class/net/wwan0/statistics/tx_bytes";
-constexpr char kPingLine[] = "ping -c 1 -I wwan0 8.8.8.8 &> /dev/null";
 constexpr char kWarning[] = "Warning: TX count on wwan0 not incrementing.";
-constexpr std::int64_t kSecond = 1000000;
 
 class PingCheck : public ConnectionTest {};
 

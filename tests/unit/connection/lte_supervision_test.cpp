@@ -8,13 +8,10 @@
 
 namespace {
 
-constexpr char kQuestion[] = "AT$NWQMISTATUS";
 constexpr char kDialing[] = "/var/log/wirelessdial_dialing";
 constexpr char kNotDialing[] = "/var/log/wirelessdial_notdialing";
 constexpr char kTxCounter[] = "/sys/class/net/wwan0/statistics/tx_bytes";
-constexpr char kPingLine[] = "ping -c 1 -I wwan0 8.8.8.8 &> /dev/null";
 constexpr char kGaveUp[] = "Failed to connect to LTE network 10 times, resetting modem";
-constexpr std::int64_t kSecond = 1000000;
 
 const Lines kRestart = {
     "modem: AT$NWQMISTATUS",

@@ -6,7 +6,6 @@
 
 namespace {
 
-constexpr char kQuestion[] = "AT$NWQMISTATUS";
 constexpr char kNoAddress[] = "Interface wwan0 is connected, but does not have a valid IP.";
 
 class QmiState : public ConnectionTest {

@@ -5,14 +5,6 @@
 
 using Lines = std::vector<std::string>;
 
-namespace {
-
-constexpr char kCommand[] = "AT+CMGS=\"123\"";
-constexpr char kBody[] = "Hello\x1a";  // as heard, without line ends
-constexpr char kDeleteSent[] = "AT+CMGD=0,2";
-
-}  // namespace
-
 class Transaction : public SpoolTest {
   protected:
     Transaction() {

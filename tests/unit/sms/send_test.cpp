@@ -15,12 +15,9 @@ using Lines = std::vector<std::string>;
 
 namespace {
 
-constexpr char kCommand[] = "AT+CMGS=\"123\"";
-constexpr char kBody[] = "Hello\x1a";  // as heard, without line ends
 constexpr char kPrompt[] = "\r\n> ";
 constexpr char kSent[] = "\r\n+CMGS: 12\r\n\r\nOK\r\n";
 constexpr char kError[] = "\r\n+CMS ERROR: 330\r\n";
-constexpr char kDeleteSent[] = "AT+CMGD=0,2";
 constexpr char kMakeDirectories[] = "mkdir -p /tmp/sms/send/ /tmp/sms/send_fail/";
 
 }  // namespace

@@ -9,6 +9,11 @@
 #include "fakes/fixture.h"
 #include "sms/spool.h"
 
+// A message to 123, "Hello", as the modem hears it.
+constexpr char kCommand[] = "AT+CMGS=\"123\"";
+constexpr char kBody[] = "Hello\x1a";  // without line ends
+constexpr char kDeleteSent[] = "AT+CMGD=0,2";
+
 class SpoolTest : public fake::DaemonTest {
   protected:
     SpoolTest();
