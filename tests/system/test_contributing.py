@@ -200,7 +200,7 @@ class AddACard(unittest.TestCase):
                   "until grep IMEI= /var/log/wireless.cardstats | grep 91; do sleep 1; done")
         self.assertIn("CELLMODEM_IMEI=001017000000091",
                       run("scripts/router", "--quiet", "--build", self.build, "--card", "X1", "--",
-                          "timeout", "300", "sh", "-c", script, cwd=COPY))
+                          "timeout", "3000", "sh", "-c", script, cwd=COPY))
 
 
 if __name__ == "__main__":

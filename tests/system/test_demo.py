@@ -463,16 +463,16 @@ class Sandbox(unittest.TestCase):
         """
         with tempfile.TemporaryDirectory() as folder:
             run = self.run_where("sh", "-c", script, "sh", folder, str(PROJECT))
-        self.assertEqual(run.returncode, 2, run.stderr)
-        self.assertIn("This is a chroot into a plain folder.", run.stderr)
+        self.assertEqual(run.returncode, 1, run.stderr)
+        self.assertIn("This is a chroot whose root is no mount point.", run.stderr)
         self.assertIn("mount --bind DIR DIR", run.stderr)
         self.assertEqual(run.stdout, "")  # neither built nor installed anything before
 
     def test_a_container_without_the_right_is_told_so(self):
         run = self.run_where("setpriv", "--bounding-set=-sys_admin", "--inh-caps=-sys_admin",
                              str(PROJECT / "scripts" / "demo"))
-        self.assertEqual(run.returncode, 2, run.stderr)
-        self.assertIn("Start the container with the right to make them", run.stderr)
+        self.assertEqual(run.returncode, 1, run.stderr)
+        self.assertIn("This is a container without the right to make them.", run.stderr)
 
 
 if __name__ == "__main__":

@@ -53,7 +53,8 @@ class StuckLogger(unittest.TestCase):
 
     def test_1_status_files_grow_old_and_the_modem_hears_nothing(self):
         self.router.shell(f"kill -STOP {self.logger}")
-        self.router.wait_for(lambda: self.age() > STALE, "an old status file")
+        self.router.wait_for(lambda: self.age() > STALE and self.stands_at_the_log(),
+                             "an old status file")
         heard = len(self.router.heard())
         self.router.wait_for(lambda: self.age() > STALE + 5, "an older one")
         self.assertEqual(len(self.router.heard()), heard)
