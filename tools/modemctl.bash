@@ -3,12 +3,13 @@
 _modemctl() {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} command='' i words
     case $before in
-        --root) mapfile -t COMPREPLY < <(compgen -d -- "$word"); return ;;
-        --log | --output) mapfile -t COMPREPLY < <(compgen -f -- "$word"); return ;;
+        --root | --state) mapfile -t COMPREPLY < <(compgen -d -- "$word"); return ;;
+        --log | --output | --bundle) mapfile -t COMPREPLY < <(compgen -f -- "$word"); return ;;
         --color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$word"); return ;;
     esac
     for ((i = 1; i < COMP_CWORD; i++)); do
-        [[ ${COMP_WORDS[i]} == -* || ${COMP_WORDS[i - 1]} == --* ]] || command=${COMP_WORDS[i]}
+        [[ -n $command || ${COMP_WORDS[i]} == -* || ${COMP_WORDS[i - 1]} == --* ]] ||
+            command=${COMP_WORDS[i]}
     done
     if [[ $word == -* ]]; then
         words=$(modemctl ${command:+"$command"} --help 2>/dev/null | sed -n 's/^  \(--[a-z-]*\).*/\1/p')
@@ -16,6 +17,8 @@ _modemctl() {
         words=$(modemctl --help | sed -n 's/^  \([a-z][a-z]*\)  .*/\1/p')
     elif [[ $command == get ]]; then
         words=$(sed -n 's/^CELLMODEM_\([A-Z0-9_]*\)=.*/\1/p' /var/log/wireless.cardstats 2>/dev/null)
+    elif [[ $command == sms ]]; then
+        words=$(modemctl sms --help 2>/dev/null | sed -n 's/^  \([a-z][a-z]*\) .*  .*/\1/p')
     elif [[ $command == log ]]; then
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
         return

@@ -18,7 +18,7 @@ from router_sandbox import BUILD, PATIENCE, PROJECT, Router
 
 TOOL = str(BUILD / "modemctl")
 UNPACKED = PROJECT / "build" / "unpacked" / "bin"  # see scripts/unpack
-SUBCOMMANDS = ("status", "watch", "why", "log", "metrics", "get")
+SUBCOMMANDS = ("status", "watch", "why", "log", "sms", "doctor", "metrics", "get")
 MOST_BYTES = 500 * 1024
 LIBRARIES = {"libc.so.6", "libstdc++.so.6", "libm.so.6", "libgcc_s.so.1"}
 SANITIZERS = {"libasan.so.8", "libubsan.so.1"}

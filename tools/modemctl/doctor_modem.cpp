@@ -85,12 +85,12 @@ Finding CheckSentBytes(const Patient& patient) {
     const long long sent = *patient.snapshot.sent_bytes;
     if (sent > kMostSentBytes) {
         return Bad("more than 2 GiB sent: the daemon takes the link for dead, and resets the modem",
-                   "unplug the modem or load its driver again: both start the counter at 0");
+                   "load wwan0's driver again, or plug the modem in again, and restart the daemon");
     }
     if (sent > kManySentBytes) {
         return Note(
             Format("%lld MB sent; beyond 2 GiB the daemon takes the link for dead", sent / 1000000),
-            "load the modem's driver again in a quiet hour: the counter starts at 0");
+            "in a quiet hour load the driver of wwan0 again, and restart the daemon");
     }
     return Fine(Format("%lld MB sent", sent / 1000000));
 }
