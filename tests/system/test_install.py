@@ -13,7 +13,8 @@ PAGES = "share/man"
 DAEMON = {"sbin/modemd", f"{PAGES}/man8/modemd.8"}
 PROFILES = {f"share/modemd/profiles/{path.name}" for path in (PROJECT / "sim/profiles").iterdir()}
 SIMULATOR = {"bin/modem-sim", f"{PAGES}/man1/modem-sim.1"} | PROFILES
-TOOLS = {"bin/modemctl", "share/modemd/modemd.init", "share/modemd/modemd.service"}
+TOOLS = {"bin/modemctl", f"{PAGES}/man1/modemctl.1", "share/bash-completion/completions/modemctl",
+         "share/modemd/modemd.init", "share/modemd/modemd.service"}
 
 
 def installed(*words):
