@@ -10,7 +10,9 @@
 int g_i_DebugLevel = 0;
 
 void NameLogLines() {
+#ifndef __GLIBC__
     openlog(program_invocation_short_name, 0, LOG_USER);
+#endif
 }
 
 bool IsDebug() {

@@ -9,8 +9,8 @@
 // file, which can make it negative.
 extern int g_i_DebugLevel;
 
-// Puts the program's own name, "modemd", in front of every line. glibc does so unasked, musl writes
-// lines without a name. Opens nothing yet.
+// Puts the program's own name, "modemd", in front of every line where the C library does not do so
+// unasked: glibc does, musl writes lines without a name. Opens nothing yet.
 void NameLogLines();
 
 // Always.
