@@ -1,7 +1,6 @@
 """modemctl doctor on a router that is well, on one that is not, and the report for the maker."""
 
 import io
-import json
 import pathlib
 import subprocess
 import tarfile
@@ -9,12 +8,12 @@ import tempfile
 import unittest
 
 from router_sandbox import PROJECT, Router
-from text_gateway import MODEMCTL, TextGateway
+from text_gateway import MODEMCTL, TextGateway, document_of
 
 
 def checks(router, words=""):
     text = router.shell(f"{MODEMCTL} doctor --json {words}", check=False)
-    return {row["id"]: row for row in json.loads(text)["checks"]}
+    return {row["id"]: row for row in document_of(text)["checks"]}
 
 
 class Doctor(unittest.TestCase):
@@ -149,11 +148,11 @@ class Report(unittest.TestCase):
             for secret in secrets:
                 self.assertNotIn(secret, text)
             self.assertIn("Got SMS from", text)
-            status = json.loads(subprocess.run(
+            status = document_of(subprocess.run(
                 [MODEMCTL, "status", "--json", "--root", folder], check=False,
                 capture_output=True, text=True).stdout)
             self.assertEqual(status["schema"], "modemctl.status/1")
-            received = json.loads(subprocess.run(
+            received = document_of(subprocess.run(
                 [MODEMCTL, "sms", "list", "--json", "--root", folder], check=False,
                 capture_output=True, text=True).stdout)
             self.assertEqual(len(received["messages"]), 1)
@@ -166,7 +165,7 @@ class Report(unittest.TestCase):
         self.assertNotEqual(names[0], names[1])
 
     def test_3_a_file_is_written_whole_for_its_owner(self):
-        out = json.loads(self.router.modemctl("doctor --bundle /tmp/report.tar --json"))
+        out = document_of(self.router.modemctl("doctor --bundle /tmp/report.tar --json"))
         self.assertEqual(out["schema"], "modemctl.bundle/1")
         path = self.router.path("/tmp/report.tar")
         self.assertEqual(path.stat().st_mode & 0o777, 0o600)

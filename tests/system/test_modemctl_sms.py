@@ -1,11 +1,10 @@
 """modemctl sms beside a real daemon: what it drops, what it says became of it, what it hands on."""
 
-import json
 import os
 import unittest
 
 from router_sandbox import PATIENCE
-from text_gateway import MODEMCTL, TextGateway
+from text_gateway import MODEMCTL, TextGateway, document_of
 
 RECEIVED = "FROM=15550123\nTIME=26/03/14-09:15:02-20\nMSG={}\n"
 
@@ -40,7 +39,7 @@ class Sending(unittest.TestCase):
     def test_2_a_long_one_goes_in_pieces_one_after_the_other(self):
         text = " ".join(f"word{n:03}" for n in range(30))
         self.router.write("/tmp/text", text + "\n")
-        document = json.loads(self.router.shell(
+        document = document_of(self.router.shell(
             f"{MODEMCTL} sms send 5550101 - --wait --json </tmp/text"))
         self.assertEqual([m["fate"] for m in document["messages"]], ["sent", "sent"])
         sent = self.router.ctl("sent")
@@ -144,7 +143,7 @@ class Spool(unittest.TestCase):
                           " dd if=/dev/zero of=/tmp/sms/send/huge bs=1 count=0 seek=1000000000"
                           " 2>/dev/null")
         kinds = {m["name"]: m["kind"] for m in self.listing()}
-        self.assertEqual(kinds, {"link": "link", "folder": "directory", "fifo": "special file",
+        self.assertEqual(kinds, {"link": "link", "folder": "directory", "fifo": "special_file",
                                  "huge": "file"})
         self.assertNotIn("secret", self.router.modemctl("sms list"))
         self.assertEqual(self.router.status_of("sms delete link folder fifo huge"), 0)
@@ -306,8 +305,8 @@ class Following(unittest.TestCase):
 
         self.router.wait_for(is_shown, "new messages")
         self.router.end("follow")
-        documents = [json.loads(line) for line in self.router.read("/run/follow.out").splitlines()]
-        self.assertEqual({d["schema"] for d in documents}, {"modemctl.sms.message/1"})
+        documents = [document_of(line) for line in self.router.read("/run/follow.out").splitlines()]
+        self.assertEqual({d["schema"] for d in documents}, {"modemctl.sms_message/1"})
         self.assertEqual({d["text"] for d in documents}, {"new"})
         names = [d["name"] for d in documents]
         self.assertEqual(len(names), len(set(names)))

@@ -1,10 +1,21 @@
 """A router with the 881, whose daemon serves text messages, and modemctl beside it."""
 
 import json
+import re
 
-from router_sandbox import BUILD, Router
+import jsonschema
+from router_sandbox import BUILD, PROJECT, Router
 
 MODEMCTL = str(BUILD / "modemctl")
+
+
+def document_of(text):
+    """The document, when it fits the schema that it names."""
+    document = json.loads(text)
+    name = re.fullmatch(r"modemctl\.(\w+)/1", document["schema"])[1]
+    schema = json.loads((PROJECT / "docs" / "schema" / f"modemctl-{name}.json").read_text())
+    jsonschema.Draft7Validator(schema).validate(document)
+    return document
 
 
 class TextGateway(Router):
@@ -30,7 +41,7 @@ class TextGateway(Router):
         return self.shell(f"{MODEMCTL} {words}", check=check)
 
     def document(self, words):
-        return json.loads(self.modemctl(f"{words} --json", check=False))
+        return document_of(self.modemctl(f"{words} --json", check=False))
 
     def status_of(self, words):
         """Its exit code."""

@@ -103,7 +103,7 @@ std::string DoctorDocument(const std::vector<CheckedFinding>& findings, std::tim
     for (const CheckedFinding& row : findings) {
         json.BeginElement();
         json.Text("id", row.id);
-        json.Text("health", HealthWord(row.finding.health));
+        json.Text("health", JsonWord(HealthWord(row.finding.health)));
         json.Text("what", row.finding.what);
         json.Text("mend", row.finding.mend);
         json.End();

@@ -56,7 +56,9 @@ const std::vector<Check>& AllChecks() {
         {"empty-level", CheckEmptyLevel},
         {"unknown-signal", CheckUnknownSignal},
         {"answers-in-step", CheckAnswersInStep},
+        {"text-mode", CheckTextMode},
         {"listing", CheckListing},
+        {"error-count", CheckErrorCount},
     };
     return all;
 }

@@ -59,6 +59,8 @@ Finding CheckNetworkTime(const Patient& patient);
 Finding CheckEmptyLevel(const Patient& patient);
 Finding CheckUnknownSignal(const Patient& patient);
 Finding CheckAnswersInStep(const Patient& patient);
+Finding CheckTextMode(const Patient& patient);
 Finding CheckListing(const Patient& patient);
+Finding CheckErrorCount(const Patient& patient);
 
 }  // namespace modemctl

@@ -2,9 +2,9 @@
 #include <algorithm>
 
 #include "modemctl/doctor_checks.h"
-#include "modemctl/sms_spool.h"
 #include "modemctl/time_text.h"
 #include "state/published.h"
+#include "support/info_table.h"
 #include "support/text.h"
 
 namespace modemctl {
@@ -142,12 +142,46 @@ Finding CheckAnswersInStep(const Patient& patient) {
     return Fine("each value answers its own question");
 }
 
+// Text mode is asked for once, at the start of the daemon.
+Finding CheckTextMode(const Patient& patient) {
+    const LogRecord* const yes = patient.NewestLine("Modem supports CMGF SMS");
+    const LogRecord* const no = patient.NewestLine("Modem does not support CMGF SMS");
+    if (yes == nullptr && no == nullptr) return NotChecked("the log of a day does not tell");
+    if (yes != nullptr && (no == nullptr || no->when <= yes->when)) return Fine(yes->text);
+    if (patient.order.card == "881") {
+        return Bad("the modem refused text mode at the start: no messages in either direction",
+                   "restart the daemon when the modem is ready; if it stays: AT+CMGF=1");
+    }
+    const bool waits = patient.snapshot.sending.files > 0;
+    if (!waits) return Fine("this card has no messages, and none waits");
+    return Note("this card has no messages: what waits in the spool is deleted at 24 hours",
+                "send from a router with a Sierra 881");
+}
+
 // The daemon gives a listing two seconds, and deletes what the modem then calls read.
 Finding CheckListing(const Patient& patient) {
     if (patient.NewestLine("Modem supports CMGF SMS") == nullptr) {
         return NotChecked("the log does not say that this modem has messages");
     }
     return NotChecked("how long the modem's list takes is not seen in files: keep its store small");
+}
+
+// Counted by the scripts of pppd; a count that stands at a multiple of 8 resets the modem at every
+// other start.
+Finding CheckErrorCount(const Patient& patient) {
+    const std::string path = published::kInitStatusFile;
+    const TextFile file = patient.tree.Read(path, AnyText);
+    const std::string text =
+        cInfoTable::FromText(file.text, '=').GetValue(published::config_key::kPppErrorCount);
+    if (text.empty()) return NotChecked("no error count in " + path);
+    const int count = ToInt(text);
+    if (patient.snapshot.card == Card::kLte || count <= 0 || count % 8 != 0) {
+        return Fine(Format("the count of PPP errors is %d", count));
+    }
+    return Note(Format("the count of PPP errors stands at %d: the modem is reset at every other "
+                       "start",
+                       count),
+                "have the script that stops pppd set PPP_WIRELESS_ERROR_COUNTER=0");
 }
 
 }  // namespace modemctl

@@ -30,6 +30,8 @@ constexpr char kShellMend[] =
 constexpr int kLogPatience = 500;              // milliseconds
 constexpr long long kLeastBytes = 256 * 1024;  // the daemon's files and a log line or two
 constexpr long long kLeastInodes = 16;
+constexpr std::size_t kLongestDevice = 80;
+constexpr std::time_t kLastSaneTime = 3471292800;    // 2080-01-01
 constexpr std::time_t kOldestSaneTime = 1735689600;  // 2025-01-01; the program is newer
 constexpr long long kMostFuture = 60;                // seconds
 
@@ -233,6 +235,10 @@ Finding CheckPort(const Patient& patient) {
                     "start it: modemd -CARD /dev/ttyUSB0; or set DEVICE in /etc/default/modemd");
     }
     if (!patient.IsLive()) return NotChecked(device + " is not in a copied tree");
+    if (device.size() > kLongestDevice) {
+        return Bad("the path of the device is cut at 80 characters: " + device,
+                   "ln -s '" + device + "' /dev/modem, and start the daemon with /dev/modem");
+    }
     struct stat status = {};
     if (stat(device.c_str(), &status) != 0) {
         return Bad(device + " is not there",
@@ -363,6 +369,11 @@ Finding CheckClock(const Patient& patient) {
         return Bad("it is " + ShownTime(snapshot.now) +
                        ": set right later, all that waits in the spool is a day old at once",
                    "date -s \"2026-03-14 09:15:00\"; SYNC_TIME=yes keeps it right");
+    }
+    if (snapshot.now >= kLastSaneTime) {
+        return Bad("it is " + ShownTime(snapshot.now) + ": a modem without network time set it",
+                   "SYNC_TIME=no in cellmodem_provision_data.conf, and date -s \"2026-03-14 "
+                   "09:15:00\"");
     }
     if (snapshot.statistics.presence == Presence::kWhole && snapshot.Age() < -kMostFuture) {
         return Note("the statistics are of the future: the clock was set back",

@@ -1,9 +1,17 @@
 #include "modemctl/json.h"
 
+#include <algorithm>
+
 #include "modemctl/unicode.h"
 #include "support/text.h"
 
 namespace modemctl {
+
+std::string JsonWord(const std::string& words) {
+    std::string word = words;
+    std::replace(word.begin(), word.end(), ' ', '_');
+    return word;
+}
 
 JsonWriter::JsonWriter(const char* schema) {
     Open('{', '}');

@@ -9,6 +9,9 @@
 
 namespace modemctl {
 
+// "aged out" as the documents have it: "aged_out".
+std::string JsonWord(const std::string& words);
+
 class JsonWriter {
   public:
     JsonWriter() = default;

@@ -19,7 +19,7 @@ struct Change {
 };
 
 int Tell(const Session& session, const char* word, const std::vector<Change>& changes) {
-    JsonWriter json("modemctl.sms.change/1");
+    JsonWriter json("modemctl.sms_change/1");
     json.Text("action", word);
     json.BeginArray("changes");
     int code = kGood;

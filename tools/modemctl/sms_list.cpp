@@ -91,7 +91,7 @@ int ListPlaces(Session& session, const std::vector<SpoolPlace>& places, bool wit
     std::map<std::string, std::string> reasons;
     if (with_reasons && !shown.empty()) reasons = FailureReasons(session, shown);
 
-    JsonWriter json("modemctl.sms.list/1");
+    JsonWriter json("modemctl.sms_list/1");
     json.Text("time", IsoTime(session.now));
     json.Number("left_out", static_cast<long long>(left_out));
     json.BeginArray("messages");
@@ -126,7 +126,7 @@ void WriteMessage(JsonWriter& json, const SpoolEntry& entry, const SpoolMessage&
                   std::time_t now) {
     json.Text("place", PlaceWord(entry.place));
     json.Text("name", entry.name);
-    json.Text("kind", KindWord(entry.kind));
+    json.Text("kind", JsonWord(KindWord(entry.kind)));
     json.Text("changed", IsoTime(entry.changed));
     json.Number("age", static_cast<long long>(now - entry.changed));
     json.Number("size", entry.size);
@@ -141,7 +141,7 @@ void WriteMessage(JsonWriter& json, const SpoolEntry& entry, const SpoolMessage&
 
 void PrintMessage(const Session& session, const SpoolEntry& entry, const SpoolMessage& message) {
     if (session.json) {
-        JsonWriter json("modemctl.sms.message/1");
+        JsonWriter json("modemctl.sms_message/1");
         WriteMessage(json, entry, message, session.now);
         Print(json.Finish() + "\n");
         return;

@@ -170,7 +170,7 @@ void PrintPage(const Session& session, const Shipment& shipment,
 }
 
 void PrintDocument(const Shipment& shipment, const std::vector<Outcome>& outcomes) {
-    JsonWriter json("modemctl.sms.send/1");
+    JsonWriter json("modemctl.sms_send/1");
     json.Text("to", shipment.number);
     json.Texts("notes", shipment.notes);
     json.BeginArray("messages");
@@ -183,10 +183,10 @@ void PrintDocument(const Shipment& shipment, const std::vector<Outcome>& outcome
         json.Bool("exact", piece.IsExact());
         if (outcome.name.empty()) {
             json.Null("name");
-            json.Text("fate", "not dropped");
+            json.Text("fate", "not_dropped");
         } else {
             json.Text("name", outcome.name);
-            json.Text("fate", FateWord(outcome.fate));
+            json.Text("fate", JsonWord(FateWord(outcome.fate)));
         }
         json.Text("sign", outcome.sign);
         json.Text("reason", outcome.reason);
