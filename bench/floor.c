@@ -1,6 +1,6 @@
 /* The least that the 881's steady work can cost: a bare program that makes the same writes, sleeps
- * and reads on the port, writes files as large as the status files as often, looks at the same files
- * and starts the same shell line, and thinks about nothing. bench/processor holds the daemon
+ * and reads on the port, writes files as large as the status files as often, looks at the same
+ * files and starts the same shell line, and thinks about nothing. bench/processor holds the daemon
  * against it, in the sandbox: it writes the daemon's own files.
  *
  *     floor DEVICE
@@ -20,17 +20,19 @@ static char buffer[READ_SIZE + 1];
 static int port;
 
 struct command {
-    const char *text;
+    const char* text;
     unsigned wait; /* seconds */
     int every;     /* passes */
 };
 
 /* A pass of about five seconds; registration and identity come with their timers. */
 static const struct command pass[] = {
-    {"at^sysinfo", 0, 1},  {"at!getband?", 0, 1},  {"AT*CNTI=0", 0, 1},
-    {"at+ecio?", 0, 1},    {"at!gstatus?", 0, 1},  {"AT+CREG?", 0, 6},
-    {"at+cnum", 0, 6},     {"AT+CGDCONT?", 0, 6},  {"at!GSMINFO?", 2, 6},
-    {"AT+CMGL=\"REC UNREAD\"", 2, 3}, {"AT+CMGD=0,1", 1, 3},
+    {"at^sysinfo", 0, 1},  {"at!getband?", 0, 1},
+    {"AT*CNTI=0", 0, 1},   {"at+ecio?", 0, 1},
+    {"at!gstatus?", 0, 1}, {"AT+CREG?", 0, 6},
+    {"at+cnum", 0, 6},     {"AT+CGDCONT?", 0, 6},
+    {"at!GSMINFO?", 2, 6}, {"AT+CMGL=\"REC UNREAD\"", 2, 3},
+    {"AT+CMGD=0,1", 1, 3},
 };
 static const struct command behind_signal[] = {{"AT+CGDCONT?", 0, 1}, {"AT!ICCID?", 1, 1}};
 
@@ -40,11 +42,11 @@ static int take(void) {
     return (int)read(port, buffer, READ_SIZE);
 }
 
-static void put(const char *text, size_t size) {
+static void put(const char* text, size_t size) {
     if (write(port, text, size) < 0) _exit(1);
 }
 
-static void transact(const struct command *command) {
+static void transact(const struct command* command) {
     take();
     put(command->text, strlen(command->text));
     usleep(20000);
@@ -67,19 +69,19 @@ static void poll_signal(void) {
     take();
 }
 
-static void look_at(const char *path) {
+static void look_at(const char* path) {
     struct stat status;
     (void)stat(path, &status);
 }
 
-static void read_file(const char *path) {
+static void read_file(const char* path) {
     int fd = open(path, O_RDONLY | O_CLOEXEC);
     if (fd < 0) return;
     (void)read(fd, buffer, 1024);
     close(fd);
 }
 
-static void write_file(const char *path, size_t size) {
+static void write_file(const char* path, size_t size) {
     int fd = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     if (fd < 0) return;
     if (write(fd, buffer, size) < 0) _exit(1);
@@ -87,7 +89,7 @@ static void write_file(const char *path, size_t size) {
 }
 
 static void serve_spool(void) {
-    DIR *spool;
+    DIR* spool;
     (void)system("mkdir -p /tmp/sms/send/ /tmp/sms/send_fail/");
     spool = opendir("/tmp/sms/send/");
     if (spool == NULL) return;
@@ -105,7 +107,7 @@ static void publish(void) {
     look_at("/etc/kvt/wireless/cellmodem_ppp.conf");
 }
 
-int main(int argc, char **argv) {
+int main(int argc, char** argv) {
     struct termios line;
     port = argc > 1 ? open(argv[1], O_RDWR | O_NOCTTY | O_NONBLOCK) : -1;
     if (port < 0) return 1;
