@@ -19,7 +19,7 @@ namespace {
 constexpr std::size_t kLongestApn = 20;
 constexpr int kSyncHours = 4;
 
-using namespace published::config_key;
+namespace config_key = published::config_key;
 
 enum FileState : int { kMissing = 0, kUnchanged = 1, kChanged = 2 };
 
@@ -47,7 +47,7 @@ std::string LowerValue(const cInfoTable& table, const char* key) {
 // Names CM_APN whichever key is missing: deliberate, field notes search the log for this line.
 // Oddity missing-entry-is-apn: the log names CM_APN when another key is missing.
 void LogMissingEntry() {
-    LogDebug("DEBUG:  %s(): %s entry missing ", "ReadPppConfigFile", kApn);
+    LogDebug("DEBUG:  %s(): %s entry missing ", "ReadPppConfigFile", config_key::kApn);
 }
 
 std::string CheckedApn(const std::string& apn) {
@@ -69,21 +69,21 @@ std::string CheckedApn(const std::string& apn) {
 }
 
 void ReadApn(const cInfoTable& table) {
-    if (!table.HasLabel(kApn)) return LogMissingEntry();
-    std::string apn = table.GetValue(kApn);
+    if (!table.HasLabel(config_key::kApn)) return LogMissingEntry();
+    std::string apn = table.GetValue(config_key::kApn);
     CleanWhiteSpace(apn);
     g_S_PppConfig.apn = CheckedApn(apn);
 }
 
 void ReadInterfaceEnabled(const cInfoTable& table) {
     g_S_PppConfig.interface_enabled = true;
-    if (!table.HasLabel(kEnableInterface)) return LogMissingEntry();
-    const std::string value = LowerValue(table, kEnableInterface);
+    if (!table.HasLabel(config_key::kEnableInterface)) return LogMissingEntry();
+    const std::string value = LowerValue(table, config_key::kEnableInterface);
     if (value == "no") {
-        Log("Config option %s is 'NO', WAN interface is disabled", kEnableInterface);
+        Log("Config option %s is 'NO', WAN interface is disabled", config_key::kEnableInterface);
         g_S_PppConfig.interface_enabled = false;
     } else {
-        Log("Config option %s is '%s'", kEnableInterface, value.c_str());
+        Log("Config option %s is '%s'", config_key::kEnableInterface, value.c_str());
     }
 }
 
@@ -91,14 +91,14 @@ void ReadInterfaceEnabled(const cInfoTable& table) {
 // Oddity route-logged-as-enable: CM_DEFAULTROUTE is logged under the name CM_ENABLE_INTERFACE.
 void ReadDefaultRoute(const cInfoTable& table) {
     g_S_PppConfig.default_route = true;
-    if (!table.HasLabel(kDefaultRoute)) return LogMissingEntry();
-    const std::string value = LowerValue(table, kDefaultRoute);
+    if (!table.HasLabel(config_key::kDefaultRoute)) return LogMissingEntry();
+    const std::string value = LowerValue(table, config_key::kDefaultRoute);
     if (value == "no") {
         Log("Config option %s is '%s', WAN interface default route setting is off",
-            kEnableInterface, value.c_str());
+            config_key::kEnableInterface, value.c_str());
         g_S_PppConfig.default_route = false;
     } else {
-        Log("Config option %s is '%s'", kEnableInterface, value.c_str());
+        Log("Config option %s is '%s'", config_key::kEnableInterface, value.c_str());
     }
 }
 
@@ -106,21 +106,23 @@ void ReadDefaultRoute(const cInfoTable& table) {
 // provisioning file is quiet unless the file asks for more.
 // Oddity debug-level-falls: a provisioning file without DEBUG_MODE takes the -d options back.
 void ReadDebugMode(const cInfoTable& table) {
-    if (!table.HasLabel(kDebugMode)) {
+    if (!table.HasLabel(config_key::kDebugMode)) {
         g_i_DebugLevel = 0;
         return;
     }
-    std::string value = table.GetValue(kDebugMode);
+    std::string value = table.GetValue(config_key::kDebugMode);
     CleanWhiteSpace(value);
     if (value.empty() || !IsInteger(value)) return;
     g_i_DebugLevel = ToInt(value);
-    Log("%s set to %d", kDebugMode, g_i_DebugLevel);
+    Log("%s set to %d", config_key::kDebugMode, g_i_DebugLevel);
 }
 
 void ReadSyncTime(const cInfoTable& table) {
     g_S_PppConfig.time_sync_enabled = false;
-    if (!table.HasLabel(kSyncTime) || LowerValue(table, kSyncTime) != "yes") return;
-    Log("%s config option is YES.  Time sync will attempt every %d hours", kSyncTime, kSyncHours);
+    if (!table.HasLabel(config_key::kSyncTime) || LowerValue(table, config_key::kSyncTime) != "yes")
+        return;
+    Log("%s config option is YES.  Time sync will attempt every %d hours", config_key::kSyncTime,
+        kSyncHours);
     g_S_PppConfig.time_sync_enabled = true;
     g_Cp_TowerTimeTimer->Stop();  // The next answered pass synchronises.
 }

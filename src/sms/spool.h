@@ -11,9 +11,9 @@
 
 #include "state/published.h"
 
-using published::kSmsFailDirectory;
-using published::kSmsReceiveDirectory;
-using published::kSmsSendDirectory;
+inline constexpr const char* kSmsFailDirectory = published::kSmsFailDirectory;
+inline constexpr const char* kSmsReceiveDirectory = published::kSmsReceiveDirectory;
+inline constexpr const char* kSmsSendDirectory = published::kSmsSendDirectory;
 
 // True unless an element of the path below /tmp is a link that belongs neither to root nor to the
 // daemon's own user; such a link is logged. A path that does not exist is safe.

@@ -59,7 +59,7 @@ constexpr bool HasOption(const Model& model) {
 // The model whose name comes first in the table among those that the option holds; null for none.
 constexpr const Model* ModelOfOption(std::string_view option) {
     for (const Model& model : kModels) {
-        if (HasOption(model) && option.find(model.name) != option.npos) return &model;
+        if (HasOption(model) && option.find(model.name) != std::string_view::npos) return &model;
     }
     return nullptr;
 }
@@ -103,7 +103,8 @@ constexpr bool Has(Set set, int type) {
 
 constexpr bool IsFoundByItsName(const Model& model) {
     const std::string_view name = model.name;
-    return name[0] != 'd' && name.find("cind1") == name.npos && ModelOfOption(name) == &model;
+    return name[0] != 'd' && name.find("cind1") == std::string_view::npos &&
+           ModelOfOption(name) == &model;
 }
 
 constexpr bool EachOptionSelectsItsModel() {
