@@ -9,6 +9,6 @@ function(discover_cases program label)
         TEST_PREFIX "${program}."
         DISCOVERY_MODE PRE_TEST
         DISCOVERY_TIMEOUT 300
-        # 77: there is no private root on this machine, see tests/rig/private_root.h.
+        # 77: there is no private root on this machine, see gear/rig/private_root.h.
         PROPERTIES LABELS "${label}" SKIP_RETURN_CODE 77)
 endfunction()

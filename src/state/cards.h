@@ -1,7 +1,7 @@
 // The modems that the daemon serves, one row each. All that lists them or asks what one of them can
 // do follows from the rows: the daemon's options and usage text, the rig and the random worlds of
 // the tests, the benchmarks, the simulator's help, and the demo, which reads them from this file
-// (scripts/sandbox/cards.py). CONTRIBUTING.md tells how to add one.
+// (gear/sandbox/cards.py). CONTRIBUTING.md tells how to add one.
 #pragma once
 
 #include <string_view>

@@ -12,7 +12,7 @@ from router_sandbox import BUILD, PROJECT, figure
 
 GUIDE = "CONTRIBUTING.md"
 COPY = BUILD / "card-recipe"  # a tree beside the build, kept so that only what changes is built
-DEMO = ("/usr/bin/python3", "scripts/demonstration", "--check", "--card")
+DEMO = ("/usr/bin/python3", "gear/demonstration", "--check", "--card")
 
 
 def blocks(kind):

@@ -24,7 +24,7 @@ from fair_clock import FairClock, slowness
 from router_sandbox import PATIENCE, PROJECT
 
 # Debian's own Python, as scripts/demo takes it: it is the one that has python3-rich.
-DEMO = ["/usr/bin/python3", str(PROJECT / "scripts" / "demonstration")]
+DEMO = ["/usr/bin/python3", str(PROJECT / "gear" / "demonstration")]
 FAST = ("--speed", "1000")
 PROMISED = 90.0  # seconds in which the story of the default card is told
 LONGEST = 600  # seconds of a FairClock; only a hang reaches this

@@ -11,7 +11,7 @@ from router_sandbox import BUILD, PROJECT, Router
 
 PAGES = "share/man"
 DAEMON = {"sbin/modemd", f"{PAGES}/man8/modemd.8"}
-PROFILES = {f"share/modemd/profiles/{path.name}" for path in (PROJECT / "sim/profiles").iterdir()}
+PROFILES = {f"share/modemd/profiles/{path.name}" for path in (PROJECT / "gear/sim/profiles").iterdir()}
 SIMULATOR = {"bin/modem-sim", f"{PAGES}/man1/modem-sim.1"} | PROFILES
 TOOLS = {"bin/modemctl", f"{PAGES}/man1/modemctl.1", "share/bash-completion/completions/modemctl",
          "share/modemd/modemd.init", "share/modemd/modemd.service"}
@@ -62,7 +62,7 @@ class OwnToolchain(unittest.TestCase):
         files = {str(path.relative_to(tree / "root")) for path in (tree / "root").rglob("*")
                  if not path.is_dir()}
         self.assertEqual(files, {f"usr/local/{name}" for name in DAEMON})
-        for folder in ("sim", "tests", "bench"):
+        for folder in ("gear", "tests"):
             self.assertFalse((tree / folder).exists(), folder)
         self.assertNotIn("warning", output.lower())
         self.check_program(tree / "root/usr/local/sbin/modemd")

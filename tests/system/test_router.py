@@ -61,7 +61,7 @@ class Walls(unittest.TestCase):
 
     def test_processes_of_the_machine_cannot_be_seen(self):
         self.assertEqual(self.router.shell("cat /proc/1/cmdline | tr '\\0' ' '").split()[1],
-                         str(PROJECT / "scripts/sandbox/init"))
+                         str(PROJECT / "gear/sandbox/init"))
 
 
 class Carrier(unittest.TestCase):
@@ -159,7 +159,8 @@ class Command(unittest.TestCase):
         folder = tempfile.mkdtemp(prefix="modemd-system-")
         self.addCleanup(shutil.rmtree, folder)
         os.chmod(folder, 0o755)
-        shutil.copytree(PROJECT / "scripts", f"{folder}/scripts")
+        for part in ("scripts", "gear/sandbox"):
+            shutil.copytree(PROJECT / part, f"{folder}/{part}")
         done = subprocess.run([*as_user, f"{folder}/scripts/router", "--quiet", "--", "sh", "-c",
                                "id -u; carrier up; udhcpc -T 3 -S -b -i wwan0 &> /dev/null;"
                                " until ifconfig wwan0 | grep 'inet addr'; do usleep 50000; done"],

@@ -4,7 +4,7 @@
 #include "rig/card_options.h"
 #include "rig/world.h"
 #include "scenarios/worlds/daemon_words.h"
-#include "sim/profile.h"
+#include "sim/modem/profile.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "sim/modem.h"
+#include "sim/modem/modem.h"
 
 class BenchModem : public sim::Modem {
   public:

@@ -1,4 +1,4 @@
-#include "sim/clock.h"
+#include "sim/modem/clock.h"
 
 #include <gtest/gtest.h>
 

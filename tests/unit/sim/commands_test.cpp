@@ -1,4 +1,4 @@
-#include "sim/commands.h"
+#include "sim/modem/commands.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

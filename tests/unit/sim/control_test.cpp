@@ -1,4 +1,4 @@
-#include "sim/control.h"
+#include "sim/control/control.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "sim/data_call.h"
+#include "sim/modem/data_call.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

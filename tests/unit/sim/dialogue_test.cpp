@@ -1,4 +1,4 @@
-#include "sim/dialogue.h"
+#include "sim/modem/dialogue.h"
 
 #include <gtest/gtest.h>
 

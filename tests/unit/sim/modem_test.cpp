@@ -1,4 +1,4 @@
-#include "sim/modem.h"
+#include "sim/modem/modem.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

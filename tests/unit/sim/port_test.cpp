@@ -18,9 +18,9 @@
 
 #include "machine/fair_clock.h"
 #include "machine/own_folder.h"
-#include "sim/control_socket.h"
-#include "sim/hooks.h"
-#include "sim/pty_port.h"
+#include "sim/modem/hooks.h"
+#include "sim/program/control_socket.h"
+#include "sim/program/pty_port.h"
 
 namespace {
 

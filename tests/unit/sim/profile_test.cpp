@@ -1,4 +1,4 @@
-#include "sim/profile.h"
+#include "sim/modem/profile.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

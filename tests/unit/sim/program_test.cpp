@@ -14,7 +14,7 @@
 
 #include "machine/fair_clock.h"
 #include "machine/own_folder.h"
-#include "sim/control_socket.h"
+#include "sim/program/control_socket.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "sim/sms_store.h"
+#include "sim/modem/sms_store.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

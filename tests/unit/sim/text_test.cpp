@@ -1,4 +1,4 @@
-#include "sim/text.h"
+#include "sim/modem/text.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,0 +1,19 @@
+# GoogleTest, and what every test is built with.
+
+if(CMAKE_CROSSCOMPILING)
+    include(googletest_from_source)
+else()
+    find_package(GTest REQUIRED)
+endif()
+
+# Quick to compile, small, readable in a debugger. Set behind the flags of the build type, so that
+# it wins.
+add_library(test_options INTERFACE)
+target_link_libraries(test_options INTERFACE modemd_warnings)
+if(MODEMD_SANITIZE)
+    target_compile_options(test_options INTERFACE -O0 -g1 -UNDEBUG)
+elseif(NOT MODEMD_COVERAGE)
+    target_compile_options(test_options INTERFACE -O1 -g1 -UNDEBUG)
+endif()
+
+include(discover_cases)

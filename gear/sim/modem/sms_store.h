@@ -1,0 +1,73 @@
+// The store of short messages, as TS 27.005 describes it in text mode.
+#pragma once
+
+#include <deque>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "sim/modem/text.h"
+
+namespace sim {
+
+// Codes of +CMS ERROR that the store and the sender give by themselves.
+constexpr int kCmsNotAllowed = 302;
+constexpr int kCmsBadTextParameter = 305;
+constexpr int kCmsNoSim = 310;
+constexpr int kCmsSimPin = 311;
+constexpr int kCmsBadIndex = 321;
+constexpr int kCmsMemoryFull = 322;
+constexpr int kCmsNoNetwork = 331;
+
+struct SentSms {
+    std::string to;
+    std::string text;
+    Micros at;
+};
+
+enum class SmsState { kUnread, kRead, kUnsent, kSent };
+
+const char* SmsStateName(SmsState state);  // "REC UNREAD", ...
+
+struct StoredSms {
+    SmsState state;
+    std::string number;
+    std::string stamp;  // empty for messages of our own
+    std::string text;
+};
+
+class SmsStore {
+  public:
+    // A message from the network. With the store full it waits there until a place is free.
+    // Returns its index (from 1), or 0 while it waits.
+    int Deliver(StoredSms message);
+    std::optional<int> Save(StoredSms message);  // one of our own; nothing when the store is full
+
+    const StoredSms* Find(int index) const;
+    void MarkRead(int index);
+    // `which`: the state's name or "ALL"; nothing when it is neither.
+    std::optional<std::vector<int>> Matching(const std::string& which) const;
+
+    // <delflag> 0: this index, false when there is nothing; 1: read; 2: and sent; 3: and unsent;
+    // 4: everything. Messages that waited move in afterwards.
+    bool Delete(int index, int flag);
+
+    void SetCapacity(int places);
+    int Capacity() const { return static_cast<int>(places_.size()); }
+    int Used() const;
+    bool Full() const { return Used() == Capacity(); }
+    std::size_t Waiting() const { return waiting_.size(); }
+
+    // One line "+CMGL: ..." and the body behind it.
+    std::string ListEntry(int index) const;
+
+  private:
+    int Place(StoredSms message);
+    void LetIn();
+
+    std::vector<std::optional<StoredSms>> places_{20};  // [0] is index 1
+    std::deque<StoredSms> waiting_;
+};
+
+}  // namespace sim
