@@ -6,6 +6,7 @@
 #include "modemctl/signal.h"
 #include "modemctl/status_document.h"
 #include "modemctl/time_text.h"
+#include "modemctl/tones.h"
 #include "state/published.h"
 #include "support/text.h"
 
@@ -70,25 +71,9 @@ constexpr Watched kWatched[] = {
      [](const Snapshot& snapshot, const Chain&) { return Format("%lld", snapshot.failed.files); }},
 };
 
-Tone ToneOf(const std::string& name, const std::string& to) {
+Tone ToneOfChange(const std::string& name, const std::string& to) {
     if (name != "verdict") return Tone::kPlain;
     return to == "good" ? Tone::kGood : Tone::kBad;
-}
-
-Tone ToneOf(LogLevel level) {
-    switch (level) {
-        case LogLevel::kDetail:
-            return Tone::kDim;
-        case LogLevel::kNews:
-            return Tone::kPlain;
-        case LogLevel::kGood:
-            return Tone::kGood;
-        case LogLevel::kWarning:
-            return Tone::kFair;
-        case LogLevel::kBad:
-            return Tone::kBad;
-    }
-    return Tone::kPlain;
 }
 
 }  // namespace
@@ -113,14 +98,14 @@ std::vector<Change> ChangeFinder::Look(const Snapshot& snapshot, const Chain& ch
     const auto see = [&](const char* name, const std::string& now) {
         std::string& before = state_[name];
         if (now == before) return;
-        if (looked_) changes.push_back({snapshot.now, name, before, now, ToneOf(name, now)});
+        if (looked_) changes.push_back({snapshot.now, name, before, now, ToneOfChange(name, now)});
         before = now;
     };
     for (const Watched& watched : kWatched) see(watched.name, watched.read(snapshot, chain));
     see("signal_dbm", SignalState(snapshot));
     if (!looked_) {
         const std::string& verdict = state_["verdict"];
-        changes.push_back({snapshot.now, "start", "", verdict, ToneOf("verdict", verdict)});
+        changes.push_back({snapshot.now, "start", "", verdict, ToneOfChange("verdict", verdict)});
     }
     looked_ = true;
     return changes;

@@ -6,6 +6,7 @@
 #include "modemctl/exit_code.h"
 #include "modemctl/json.h"
 #include "modemctl/time_text.h"
+#include "modemctl/tones.h"
 #include "modemctl/unicode.h"
 #include "support/text.h"
 
@@ -15,20 +16,6 @@ namespace {
 
 constexpr std::size_t kHealthColumns = 5;
 constexpr std::size_t kIdColumns = 19;
-
-Tone ToneOf(Health health) {
-    switch (health) {
-        case Health::kFine:
-            return Tone::kGood;
-        case Health::kNote:
-            return Tone::kFair;
-        case Health::kBad:
-            return Tone::kBad;
-        case Health::kNotChecked:
-            return Tone::kDim;
-    }
-    return Tone::kPlain;
-}
 
 const char* ShortWord(Health health) {
     return health == Health::kNotChecked ? "-" : HealthWord(health);

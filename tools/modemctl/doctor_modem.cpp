@@ -3,6 +3,7 @@
 
 #include "modemctl/doctor_checks.h"
 #include "modemctl/time_text.h"
+#include "state/cards.h"
 #include "state/published.h"
 #include "support/info_table.h"
 #include "support/text.h"
@@ -17,16 +18,25 @@ constexpr long long kOldStatistics = 60;          // seconds
 constexpr long long kMostSentBytes = 2147483647;  // the daemon counts in 31 bits
 constexpr long long kManySentBytes = 1900000000;
 
-struct Model {
-    const char* word;  // of the model's name
-    const char* card;  // option word
+// What else a modem may call itself than by the name of its option.
+struct Alias {
+    const char* word;
+    CardType card;
 };
 
-constexpr Model kModels[] = {
-    {"881", "881"},        {"MC7700", "881"},   {"MC8790", "881"}, {"E362", "E362"},
-    {"E371", "E371"},      {"USB551L", "E362"}, {"MC679", "E371"}, {"USB305", "USB305"},
-    {"USB 305", "USB305"}, {"MC75i", "mc75i"},
+constexpr Alias kAliases[] = {
+    {"MC7700", kCardSierra881},  {"MC8790", kCardSierra881},     {"USB551L", kCardNovatelE362},
+    {"MC679", kCardNovatelE371}, {"USB 305", kCardSierraUsb305}, {"MC75i", kCardMc75i},
 };
+
+// Null for a model that no option is for.
+const cards::Model* CardOf(const std::string& model) {
+    if (const cards::Model* card = cards::ModelOfOption(model)) return card;
+    for (const Alias& alias : kAliases) {
+        if (Contains(model, alias.word)) return cards::ModelOfType(alias.card);
+    }
+    return nullptr;
+}
 
 std::string TextOf(const Patient& patient, const char* name) {
     const Value value = patient.snapshot.statistics.Get(name);
@@ -54,16 +64,15 @@ Finding CheckCard(const Patient& patient) {
     const std::string& card = patient.order.card;
     if (model.empty()) return NotChecked("the modem has not told its model");
     if (patient.order.source.empty()) return NotChecked("nothing tells the option word");
-    const Model* const row = std::find_if(std::begin(kModels), std::end(kModels),
-                                          [&](const Model& m) { return Contains(model, m.word); });
-    if (row == std::end(kModels)) {
+    const cards::Model* const right = CardOf(model);
+    if (right == nullptr) {
         return Note("'" + model + "' is no model that an option word is for",
                     "see that the option fits: " + (card.empty() ? "none" : "-" + card));
     }
-    if (card == row->card) return Fine("-" + card + " is right for '" + model + "'");
+    if (card == right->name) return Fine("-" + card + " is right for '" + model + "'");
     return Bad("the modem is a '" + model + "', the daemon was told " +
                    (card.empty() ? "nothing" : "-" + card),
-               std::string("start it with -") + row->card + ": CARD=" + row->card +
+               std::string("start it with -") + right->name + ": CARD=" + right->name +
                    " in /etc/default/modemd");
 }
 

@@ -16,6 +16,7 @@
 #include "modemctl/child.h"
 #include "modemctl/doctor_checks.h"
 #include "modemctl/time_text.h"
+#include "state/cards.h"
 #include "state/published.h"
 #include "support/text.h"
 
@@ -216,7 +217,8 @@ Finding CheckHelpers(const Patient& patient) {
         return NotChecked("no programs in this tree");
     }
     const std::string path = patient.order.path.empty() ? kUsualPath : patient.order.path;
-    const bool lte = patient.order.card == "E362" || patient.order.card == "E371" ||
+    const cards::Model* const ordered = cards::ModelOfOption(patient.order.card);
+    const bool lte = (ordered != nullptr && cards::Has(cards::kLte, ordered->type)) ||
                      patient.snapshot.card == Card::kLte;
     std::string missing, mend;
     for (const Helper& helper : kHelpers) {

@@ -9,6 +9,7 @@
 #include "modemctl/log_source.h"
 #include "modemctl/page.h"
 #include "modemctl/time_text.h"
+#include "modemctl/tones.h"
 #include "modemctl/unicode.h"
 #include "support/text.h"
 
@@ -19,22 +20,6 @@ namespace {
 constexpr char kUsualLines[] = "40";
 constexpr std::size_t kLongestGroup = 16;  // two restarts of a call, with their debris
 constexpr std::size_t kTopicColumns = 9;
-
-Tone ToneOf(LogLevel level) {
-    switch (level) {
-        case LogLevel::kDetail:
-            return Tone::kDim;
-        case LogLevel::kNews:
-            return Tone::kPlain;
-        case LogLevel::kGood:
-            return Tone::kGood;
-        case LogLevel::kWarning:
-            return Tone::kFair;
-        case LogLevel::kBad:
-            return Tone::kBad;
-    }
-    return Tone::kPlain;
-}
 
 std::string DayOf(std::time_t when) {
     return ShownTime(when).substr(0, 10);

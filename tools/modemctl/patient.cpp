@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
+#include "state/cards.h"
 #include "support/text.h"
 
 namespace modemctl {
@@ -11,8 +12,6 @@ namespace {
 
 constexpr std::size_t kMostRecords = 20000;
 constexpr long long kLookBack = 86400;  // seconds
-// In the order in which the daemon looks for them in an option.
-constexpr const char* kCards[] = {"881", "E362", "E371", "USB305", "mc75i"};
 // Where the settings of the start stand; the first that names a device counts.
 constexpr const char* kOrderFiles[] = {
     "/etc/default/modemd",
@@ -52,9 +51,7 @@ std::string WithoutComments(const std::string& text) {
 }
 
 void TakeCard(const std::string& option, StartOrder& order) {
-    const auto* const card = std::find_if(std::begin(kCards), std::end(kCards),
-                                          [&](const char* row) { return Contains(option, row); });
-    if (card != std::end(kCards)) order.card = *card;
+    if (const cards::Model* card = cards::ModelOfOption(option)) order.card = card->name;
 }
 
 StartOrder FindOrder(const Patient& patient) {

@@ -6,6 +6,7 @@
 #include "modemctl/signal.h"
 #include "modemctl/status_document.h"
 #include "modemctl/time_text.h"
+#include "modemctl/tones.h"
 #include "modemctl/unicode.h"
 #include "state/published.h"
 #include "support/text.h"
@@ -17,33 +18,6 @@ namespace {
 namespace key = published::key;
 
 constexpr int kBarCells = 20;
-
-Tone ToneOf(Strength strength) {
-    switch (strength) {
-        case Strength::kUnknown:
-            return Tone::kDim;
-        case Strength::kWeak:
-            return Tone::kBad;
-        case Strength::kFair:
-            return Tone::kFair;
-        case Strength::kGood:
-            return Tone::kGood;
-    }
-    return Tone::kPlain;
-}
-
-Tone ToneOf(Hold hold) {
-    switch (hold) {
-        case Hold::kHolds:
-            return Tone::kGood;
-        case Hold::kBroken:
-            return Tone::kBad;
-        case Hold::kUnknown:
-        case Hold::kNotWatched:
-            return Tone::kDim;
-    }
-    return Tone::kPlain;
-}
 
 // Bytes as people read them: "726 B", "1.2 MB".
 std::string ShownBytes(long long bytes) {

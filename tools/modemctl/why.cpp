@@ -6,6 +6,7 @@
 #include "modemctl/page.h"
 #include "modemctl/status_document.h"
 #include "modemctl/time_text.h"
+#include "modemctl/tones.h"
 #include "modemctl/unicode.h"
 #include "support/text.h"
 
@@ -19,18 +20,9 @@ constexpr std::size_t kMostProofs = 3;
 constexpr char kSecondCopyNote[] =
     "The daemon was started again while it ran: keep only one start script.";
 
-Tone ToneOf(Hold hold) {
-    switch (hold) {
-        case Hold::kHolds:
-            return Tone::kGood;
-        case Hold::kBroken:
-            return Tone::kBad;
-        case Hold::kUnknown:
-            return Tone::kFair;
-        case Hold::kNotWatched:
-            return Tone::kDim;
-    }
-    return Tone::kPlain;
+// On this page what nobody has said may be the answer, and stands out.
+Tone ToneOfLink(Hold hold) {
+    return hold == Hold::kUnknown ? Tone::kFair : ToneOf(hold);
 }
 
 std::string Verdict(const Diagnosis& diagnosis, const Snapshot& snapshot) {
@@ -48,7 +40,7 @@ void AddChain(Page& page, const Chain& chain, const Terminal& terminal) {
     for (std::size_t i = 0; i < kChainParts; ++i) {
         const ChainLink& link = chain.links[i];
         const std::string word = Padded(HoldWord(link.hold), kHoldColumns);
-        const Tone tone = below && link.hold != Hold::kHolds ? Tone::kDim : ToneOf(link.hold);
+        const Tone tone = below && link.hold != Hold::kHolds ? Tone::kDim : ToneOfLink(link.hold);
         const std::string what =
             Cut(terminal.Show(link.what),
                 static_cast<std::size_t>(terminal.columns) - kLabelColumns - kHoldColumns);
