@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <vector>
 
 #include "rig/private_root.h"
@@ -46,8 +47,25 @@ void Must(bool holds, const char* what) {
     std::abort();
 }
 
+FuzzedInput::FuzzedInput(const std::uint8_t* data, std::size_t size, std::size_t choices)
+    : choices_(data, data + std::min(size, choices)) {
+    if (size <= choices) return;
+    parts_.emplace_back();
+    for (const std::uint8_t* byte = data + choices; byte != data + size; ++byte) {
+        if (*byte == 0x1e) {
+            parts_.emplace_back();
+        } else {
+            parts_.back() += static_cast<char>(*byte);
+        }
+    }
+}
+
 FreshDaemon::FreshDaemon(unsigned level_byte) {
     g_i_DebugLevel = static_cast<int>(level_byte % 6) - 1;
+}
+
+void FreshDaemon::Write(const std::string& path, const std::string& content) {
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << content;
 }
 
 int main(int argc, char** argv) {
