@@ -160,7 +160,7 @@ void World::SetWallClock(const std::string& utc) {
 }
 
 void World::UseProfile(const std::string& name) {
-    modem_ = std::make_unique<sim::Modem>(sim::LoadProfile(name), Seed());
+    modem_ = std::make_unique<sim::PlayedModem>(sim::LoadProfile(name), Seed());
     peer_ = std::make_unique<ModemPeer>(*modem_);
 }
 

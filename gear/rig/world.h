@@ -32,7 +32,7 @@
 #include "rig/peer.h"
 #include "rig/print_times.h"
 #include "rig/trace.h"
-#include "sim/modem/modem.h"
+#include "sim/control/played_modem.h"
 
 namespace rig {
 
@@ -101,7 +101,7 @@ class World {
     bool Running() const { return started_ && process_.Running(); }
 
     // --- The modem and the port ---------------------------------------------------------------
-    sim::Modem& modem() { return *modem_; }
+    sim::PlayedModem& modem() { return *modem_; }
     void UseProfile(const std::string& name);  // another model than the card option names
     void AllowUnknownCommands() { unknown_allowed_ = true; }
     // A function answers in the modem's place: command line to raw bytes, none for silence.
@@ -227,7 +227,7 @@ class World {
     Shared& memory_;
     Files files_;
     Trace trace_;
-    std::unique_ptr<sim::Modem> modem_;
+    std::unique_ptr<sim::PlayedModem> modem_;
     std::unique_ptr<Peer> peer_;
 
     std::string program_;

@@ -22,6 +22,12 @@ ARROWS = {
     "sms": {"support", "state", "modem"},
     "core": {"support", "state", "modem", "status", "connection", "sms"},
 }
+# The same within the simulated modem.
+SIMULATOR_ARROWS = {
+    "modem": set(),
+    "control": {"modem"},
+    "program": {"modem", "control"},
+}
 # Rooms whose test has another name than they have.
 TESTED_ELSEWHERE = {
     "core/main_loop.cpp": ["scenarios/core/schedule_test.cpp"],
@@ -84,6 +90,27 @@ class Includes(unittest.TestCase):
                 target = header.split("/")[0]
                 if target != folder and target not in ARROWS[folder]:
                     wrong.append(f"{path.relative_to(PROJECT)} includes {header}")
+        self.assertEqual(wrong, [])
+
+    def test_arrows_in_the_simulated_modem_point_the_right_way(self):
+        simulator = PROJECT / "gear" / "sim"
+        rooms = {path.relative_to(simulator).parts[0] for path in code_files(simulator)}
+        self.assertEqual(rooms, set(SIMULATOR_ARROWS))
+        wrong = []
+        for path in code_files(simulator):
+            room = path.relative_to(simulator).parts[0]
+            for header in (h for h in includes(path) if h.startswith("sim/")):
+                if header.split("/")[1] not in {room, *SIMULATOR_ARROWS[room]}:
+                    wrong.append(f"{path.relative_to(PROJECT)} includes {header}")
+        self.assertEqual(wrong, [])
+
+    def test_gear_includes_nothing_of_the_tests(self):
+        gear = PROJECT / "gear"
+        wrong = []
+        for path in code_files(gear):
+            homes = [SOURCE, PROJECT / "tools", gear, path.parent, path.parent.parent]
+            wrong += [f"{path.relative_to(PROJECT)} includes {header}" for header in includes(path)
+                      if not any((home / header).is_file() for home in homes)]
         self.assertEqual(wrong, [])
 
     def test_an_include_names_a_file_that_exists(self):

@@ -29,25 +29,7 @@ Command ParseCommand(const std::string& command);
 // Nothing when the modem does not know the command in this form.
 std::optional<Reply> RunBuiltIn(State& state, const std::string& command);
 
-// The host has given the body that a prompt asked for.
-Reply FinishMessage(State& state, const std::string& body);
-
-// Handlers, by subject; each is a row of the table in commands.cpp.
+// A row of the table in commands.cpp; nothing when the command is not known in this form.
 using Handler = std::optional<Reply> (*)(State&, const Command&);
-
-std::optional<Reply> HandleRegistrationMode(State& state, const Command& command);
-std::optional<Reply> HandleContexts(State& state, const Command& command);
-std::optional<Reply> HandleProfileApn(State& state, const Command& command);
-std::optional<Reply> HandleCallConnect(State& state, const Command& command);
-std::optional<Reply> HandleCallDisconnect(State& state, const Command& command);
-std::optional<Reply> HandleOperatorNames(State& state, const Command& command);
-
-std::optional<Reply> HandleMessageFormat(State& state, const Command& command);
-std::optional<Reply> HandleMessageList(State& state, const Command& command);
-std::optional<Reply> HandleMessageRead(State& state, const Command& command);
-std::optional<Reply> HandleMessageDelete(State& state, const Command& command);
-std::optional<Reply> HandleMessageSend(State& state, const Command& command);
-std::optional<Reply> HandleMessageSave(State& state, const Command& command);
-std::optional<Reply> HandleMessageIndications(State& state, const Command& command);
 
 }  // namespace sim

@@ -35,12 +35,6 @@ std::string ResultText(const std::string& result, const Modes& modes) {
     return modes.cmee == 1 ? result : std::string(kCme) + CmeText(*code);
 }
 
-std::string ResultDigit(const std::string& result) {
-    if (result == "OK") return "0";
-    if (result == "NO CARRIER") return "3";
-    return result == "ERROR" ? "4" : result;
-}
-
 }  // namespace
 
 Reply Ok() {
@@ -75,12 +69,9 @@ std::string Frame(const Reply& reply, const Modes& modes) {
     if (reply.raw) return reply.info;
     if (reply.prompt) return "\r\n> ";
     std::string bytes;
-    if (!reply.info.empty()) {
-        bytes = (modes.verbose ? "\r\n" : "") + reply.info + "\r\n";
-    }
-    if (reply.result.empty() || modes.quiet) return bytes;
-    const std::string result = ResultText(reply.result, modes);
-    return bytes + (modes.verbose ? "\r\n" + result + "\r\n" : ResultDigit(result) + "\r");
+    if (!reply.info.empty()) bytes = "\r\n" + reply.info + "\r\n";
+    if (reply.result.empty()) return bytes;
+    return bytes + "\r\n" + ResultText(reply.result, modes) + "\r\n";
 }
 
 std::string FrameUnsolicited(std::string_view line) {

@@ -3,7 +3,8 @@
 #include <algorithm>
 
 #include "sim/modem/commands.h"
-#include "sim/modem/values.h"
+#include "sim/modem/message_commands.h"
+#include "sim/modem/profile_answers.h"
 
 namespace sim {
 
@@ -17,13 +18,10 @@ constexpr std::size_t kMostUnexpected = 5000;
 
 constexpr const char* kBodyKey = "<BODY>";
 
-bool EndsWith(std::string_view text, std::string_view end) {
-    return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
-}
-
 }  // namespace
 
-Modem::Modem(Profile profile, std::uint64_t seed) : profile_(std::move(profile)), noise_(seed) {
+Modem::Modem(Profile profile, std::uint64_t seed)
+    : profile_(std::move(profile)), drive_(profile_.drive), noise_(seed) {
     state_.settings = profile_.settings;
     state_.contexts = profile_.contexts;
     state_.seed = seed;
@@ -59,6 +57,52 @@ void Modem::SetClock(std::int64_t unix_seconds, Micros now) {
     state_.clock.Set(unix_seconds, state_.now);
 }
 
+void Modem::Changed() {
+    for (const std::string& line : announcements_.News(state_)) SendUnsolicited(line);
+    state_.call.ServiceChanged(state_.radio.HasService(), state_.now);
+}
+
+void Modem::Set(const std::string& setting, const std::string& value) {
+    state_.settings[setting] = value;
+    ApplySettings();
+}
+
+void Modem::ReceiveSms(const std::string& from, const std::string& text) {
+    state_.sms.Deliver({SmsState::kUnread, from, state_.clock.Stamp(state_.now), text});
+}
+
+void Modem::SendUnsolicited(std::string_view line) {
+    const bool in_message = reader_.InBody() || (pending_ && pending_->body_follows);
+    if (in_message) {
+        held_ += FrameUnsolicited(line);
+    } else {
+        Send(FrameUnsolicited(line));
+    }
+}
+
+void Modem::MakeNoise(int bytes) {
+    std::string noise;
+    for (int i = 0; i < bytes; ++i) noise += static_cast<char>(noise_() >> 56);
+    Send(noise);
+}
+
+void Modem::FallSilent(Micros length) {
+    silent_until_ = state_.now + length;
+}
+
+void Modem::Unplug() {
+    plugged_ = false;
+    output_.clear();
+    state_.call.Drop(kEndedByClient, state_.now);
+}
+
+void Modem::Plug() {
+    if (plugged_) return;
+    plugged_ = true;
+    silent_until_ = 0;
+    PowerOn();
+}
+
 // Those settings that are the modem's habits, not its state at power-on.
 void Modem::ApplySettings() {
     state_.clock.SetZone(ParseInt(state_.Setting("timezone")).value_or(0));
@@ -76,15 +120,13 @@ void Modem::Start(Micros now) {
     state_.now = now;
     state_.powered_at = now;
     state_.clock.Set(state_.clock.UnixSeconds(0), now);
-    announced_ = Now();
-    if (state_.IsOn("drive")) StartDrive(true);
+    announcements_.Forget(state_);
+    if (state_.IsOn("drive")) drive_.Start(now);
 }
 
 Micros Modem::NextChange() const {
-    Micros next = state_.call.Next();
-    if (pending_) next = std::min(next, pending_->at);
-    if (driving_) next = std::min(next, drive_started_ + profile_.drive[drive_step_].at);
-    return next;
+    const Micros next = std::min(state_.call.Next(), drive_.Next());
+    return pending_ ? std::min(next, pending_->at) : next;
 }
 
 void Modem::Advance(Micros now) {
@@ -99,7 +141,7 @@ void Modem::Advance(Micros now) {
 void Modem::RunDue() {
     if (pending_ && pending_->at <= state_.now) FinishPending();
     if (state_.call.Next() <= state_.now) state_.call.Run(state_.now);
-    if (driving_ && drive_started_ + profile_.drive[drive_step_].at <= state_.now) RunDriveStep();
+    if (drive_.Next() <= state_.now) RunDriveStep(drive_.Take(state_.now));
 }
 
 void Modem::ReadInput() {
@@ -131,7 +173,7 @@ void Modem::TakeLine(const std::string& line) {
     const std::string command = NormaliseCommand(line);
     if (StartsWith(command, "AT")) {
         Begin(ReplyToLine(command));
-    } else if (const auto reply = TakeOverride(command)) {
+    } else if (const auto reply = overrides_.Take(command)) {
         Begin(*reply);
     }
 }
@@ -140,7 +182,7 @@ void Modem::TakeBody(LineReader::Event event) {
     if (Silent()) return;
     if (event == LineReader::Event::kCancelled) {
         Begin(Ok());
-    } else if (const auto reply = TakeOverride(kBodyKey)) {
+    } else if (const auto reply = overrides_.Take(kBodyKey)) {
         Begin(*reply);
     } else {
         Begin(FinishMessage(state_, reader_.Text()));
@@ -160,22 +202,12 @@ void Modem::FinishPending() {
     } else {
         Send(std::exchange(held_, {}));
     }
-    if (state_.restart_wanted) PowerOn();
     Changed();
     ReadInput();
 }
 
 void Modem::Send(std::string_view bytes) {
     if (plugged_ && !Silent()) output_.append(bytes);
-}
-
-void Modem::SendUnsolicited(std::string_view line) {
-    const bool in_message = reader_.InBody() || (pending_ && pending_->body_follows);
-    if (in_message) {
-        held_ += FrameUnsolicited(line);
-    } else {
-        Send(FrameUnsolicited(line));
-    }
 }
 
 void Modem::Hear(const std::string& line) {
@@ -193,7 +225,7 @@ void Modem::Hear(const std::string& line) {
 Reply Modem::ReplyToLine(const std::string& command) {
     const std::vector<std::string> parts = SplitOutsideQuotes(command.substr(2), ';');
     if (parts.size() == 1) return ReplyOrError(command);
-    if (auto reply = TakeOverride(command)) return *reply;
+    if (auto reply = overrides_.Take(command)) return *reply;
     Reply whole;
     for (const std::string& part : parts) {
         const Reply reply = ReplyOrError("AT" + part);
@@ -213,87 +245,22 @@ Reply Modem::ReplyOrError(const std::string& command) {
 }
 
 std::optional<Reply> Modem::ReplyToCommand(const std::string& command) {
-    if (auto reply = TakeOverride(command)) return reply;
-    const auto scripted = profile_.answers.find(command);
-    if (scripted != profile_.answers.end()) {
-        if (auto reply = AnswerFromProfile(scripted->second)) return reply;
-    }
+    if (auto reply = overrides_.Take(command)) return reply;
+    if (auto reply = AnswerExactly(profile_, state_, command)) return reply;
     if (auto reply = RunBuiltIn(state_, command)) return reply;
-    for (const auto& [start, answers] : profile_.patterns) {
-        if (!StartsWith(command, start)) continue;
-        if (auto reply = AnswerFromProfile(answers)) return reply;
-    }
-    return std::nullopt;
+    return AnswerByPattern(profile_, state_, command);
 }
 
-std::optional<Reply> Modem::AnswerFromProfile(const std::vector<ScriptedAnswer>& answers) const {
-    for (const ScriptedAnswer& answer : answers) {
-        if (!answer.when_name.empty() && Value(state_, answer.when_name) != answer.when_value) {
-            continue;
-        }
-        Reply reply;
-        reply.delay = answer.delay;
-        reply.result = answer.result;
-        std::string line;
-        for (const std::string& text : answer.lines) {
-            if (!Expand(state_, text, &line)) continue;
-            if (!reply.info.empty()) reply.info += "\r\n";
-            reply.info += line;
-        }
-        return reply;
-    }
-    return std::nullopt;
-}
-
-void Modem::Answer(const std::string& command, std::string reply, Micros delay) {
-    overrides_[Remember(command)].always = Override{std::move(reply), delay};
-}
-
-void Modem::AnswerOnce(const std::string& command, std::string reply, Micros delay) {
-    overrides_[Remember(command)].once.push_back({std::move(reply), delay});
-}
-
-void Modem::Forget(const std::string& command) {
-    const std::string key = NormaliseCommand(command);
-    overrides_.erase(key);
-    override_patterns_.erase(std::remove(override_patterns_.begin(), override_patterns_.end(), key),
-                             override_patterns_.end());
-}
-
-std::string Modem::Remember(const std::string& command) {
-    const std::string key = NormaliseCommand(command);
-    if (EndsWith(key, "*") && overrides_.count(key) == 0) override_patterns_.push_back(key);
-    return key;
-}
-
-// An exact command goes before a pattern; what has nothing left to say is passed over.
-Modem::Overrides* Modem::FindOverrides(const std::string& command) {
-    if (overrides_.empty()) return nullptr;
-    const auto exact = overrides_.find(command);
-    if (exact != overrides_.end() && exact->second.HasReply()) return &exact->second;
-    for (const std::string& pattern : override_patterns_) {
-        if (!StartsWith(command, std::string_view(pattern).substr(0, pattern.size() - 1))) continue;
-        if (overrides_[pattern].HasReply()) return &overrides_[pattern];
-    }
-    return nullptr;
-}
-
-std::optional<Reply> Modem::TakeOverride(const std::string& command) {
-    Overrides* found = FindOverrides(command);
-    if (found == nullptr) return std::nullopt;
-    Override answer;
-    if (!found->once.empty()) {
-        answer = std::move(found->once.front());
-        found->once.pop_front();
-    } else {
-        answer = *found->always;
-    }
-    Reply reply;
-    reply.raw = true;
-    reply.delay = answer.delay;
-    reply.prompt = EndsWith(answer.reply, "> ");
-    reply.info = std::move(answer.reply);
-    return reply;
+// What the host has chosen is forgotten; what a modem keeps in its flash stays.
+void Modem::PowerOn() {
+    state_.modes = Modes();
+    state_.powered_at = state_.now;
+    state_.call.Drop(kEndedByClient, state_.now);
+    reader_.Reset();
+    pending_.reset();
+    input_.clear();
+    held_.clear();
+    announcements_.Forget(state_);
 }
 
 }  // namespace sim

@@ -4,16 +4,17 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <optional>
 #include <random>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
+#include "sim/modem/announcements.h"
 #include "sim/modem/dialogue.h"
+#include "sim/modem/drive.h"
+#include "sim/modem/overrides.h"
 #include "sim/modem/profile.h"
 #include "sim/modem/state.h"
 #include "sim/modem/text.h"
@@ -29,6 +30,7 @@ struct HeardCommand {
 class Modem {
   public:
     explicit Modem(Profile profile, std::uint64_t seed = 1);
+    virtual ~Modem() = default;
     Modem(const Modem&) = delete;
     Modem& operator=(const Modem&) = delete;
 
@@ -42,20 +44,35 @@ class Modem {
     // Runs all that is due up to `now`; returns the bytes for the host.
     std::string Transmit(Micros now);
 
-    // One line of the control language (see `help`): "ok", "ok: value" or "error: why".
-    std::string Control(std::string_view line, Micros now);
-
     // Overrides, for tests. The reply goes out byte for byte, in place of state and profile; one
     // that ends in "> " makes the modem take what follows as a message body. The command is
     // compared as NormaliseCommand leaves it, a '*' at its end stands for whatever follows, and
     // "<body>" is the answer to a message body.
-    void Answer(const std::string& command, std::string reply, Micros delay = kUsualDelay);
-    void AnswerOnce(const std::string& command, std::string reply, Micros delay = kUsualDelay);
-    void Forget(const std::string& command);
+    void Answer(const std::string& command, std::string reply, Micros delay = kUsualDelay) {
+        overrides_.Always(command, std::move(reply), delay);
+    }
+    void AnswerOnce(const std::string& command, std::string reply, Micros delay = kUsualDelay) {
+        overrides_.Once(command, std::move(reply), delay);
+    }
+    void Forget(const std::string& command) { overrides_.Forget(command); }
 
+    // --- What happens to it -------------------------------------------------------------------
+    void Advance(Micros now);
+    State& Fate() { return state_; }  // to be changed at will; Changed() tells who must know
+    void Changed();
+    void Set(const std::string& setting, const std::string& value);
     void SetEcho(bool on) { state_.modes.echo = on; }
     void SetClock(std::int64_t unix_seconds, Micros now);
+    void ReceiveSms(const std::string& from, const std::string& text);
+    void SendUnsolicited(std::string_view line);
+    void MakeNoise(int bytes);
+    void FallSilent(Micros length);  // neither hears nor speaks
+    bool Silent() const { return state_.now < silent_until_; }
+    void Unplug();
+    void Plug();
+    Drive& GetDrive() { return drive_; }
 
+    // --- What can be seen of it ---------------------------------------------------------------
     // What was heard since the last ClearHeard. With a limit of n at least the newest n lines are
     // kept, with 0 none.
     const std::vector<HeardCommand>& Heard() const { return heard_; }
@@ -74,35 +91,21 @@ class Modem {
     std::function<void(bool up)> on_call;  // the host's link came up or went down
     std::function<void(const HeardCommand&)> on_heard;
 
-  private:
-    friend class ControlLanguage;
+  protected:
+    // A step of the drive is a line for whoever plays the modem's fate; a modem alone has nobody.
+    virtual void RunDriveStep(const std::string& /*line*/) {}
 
-    struct Override {
-        std::string reply;
-        Micros delay;
-    };
-    struct Overrides {
-        std::deque<Override> once;
-        std::optional<Override> always;
-        bool HasReply() const { return !once.empty() || always; }
-    };
+  private:
     // The answer under way; the next command waits until it is out.
     struct Pending {
         Micros at;
         std::string bytes;
         bool body_follows;
     };
-    // What the host was last told without asking.
-    struct Announced {
-        int registration;
-        unsigned lac, cell;
-        int csq;
-    };
 
     void ApplySettings();
     void Start(Micros now);
     Micros NextChange() const;
-    void Advance(Micros now);
     void RunDue();
     void ReadInput();
     void TakeLine(const std::string& line);
@@ -110,31 +113,19 @@ class Modem {
     void Begin(const Reply& reply);
     void FinishPending();
     void Send(std::string_view bytes);
-    void SendUnsolicited(std::string_view line);
     void Hear(const std::string& line);
+    void PowerOn();
 
     Reply ReplyToLine(const std::string& command);
     Reply ReplyOrError(const std::string& command);
     std::optional<Reply> ReplyToCommand(const std::string& command);
-    std::optional<Reply> TakeOverride(const std::string& command);
-    std::optional<Reply> AnswerFromProfile(const std::vector<ScriptedAnswer>& answers) const;
-    Overrides* FindOverrides(const std::string& command);
-    std::string Remember(const std::string& command);
-
-    bool Silent() const { return state_.now < silent_until_; }
-    Announced Now() const;
-    void Changed();  // after any change of the state: tells the host and the data call
-    void AnnounceRegistration(const char* name, int mode, bool registered, bool moved);
-    void PowerOn();
-    void Unplug();
-    void Plug();
-    void ReceiveSms(const std::string& from, const std::string& text);
-    void StartDrive(bool on);
-    void RunDriveStep();
 
     Profile profile_;
     State state_;
     LineReader reader_;
+    Overrides overrides_;
+    Announcements announcements_;
+    Drive drive_;
     std::mt19937_64 noise_;
     bool started_ = false;
     bool plugged_ = true;
@@ -144,14 +135,7 @@ class Modem {
     std::string output_;  // ready for the host
     std::string held_;    // unsolicited lines that wait for the end of a message body
     Micros silent_until_ = 0;
-    Announced announced_{};
 
-    bool driving_ = false;
-    Micros drive_started_ = 0;
-    std::size_t drive_step_ = 0;
-
-    std::unordered_map<std::string, Overrides> overrides_;
-    std::vector<std::string> override_patterns_;  // those keys of overrides_ that end in '*'
     std::vector<HeardCommand> heard_;
     std::size_t heard_limit_ = SIZE_MAX;
     std::vector<std::string> unexpected_;

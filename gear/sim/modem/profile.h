@@ -20,6 +20,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "sim/modem/drive.h"
 #include "sim/modem/state.h"
 #include "sim/modem/text.h"
 
@@ -33,11 +34,6 @@ struct ScriptedAnswer {
     Micros delay = kUsualDelay;
     std::vector<std::string> lines;  // information text, with values in braces
     std::string result;              // "OK", "ERROR", "+CME ERROR: 3"; empty: none
-};
-
-struct DriveStep {
-    Micros at;
-    std::string control;  // a line of the control language
 };
 
 struct Profile {

@@ -6,34 +6,21 @@ namespace sim {
 
 namespace {
 
-constexpr std::pair<SmsState, const char*> kStates[] = {
-    {SmsState::kUnread, "REC UNREAD"},
-    {SmsState::kRead, "REC READ"},
-    {SmsState::kUnsent, "STO UNSENT"},
-    {SmsState::kSent, "STO SENT"},
+constexpr std::pair<const char*, std::optional<SmsState>> kNames[] = {
+    {"REC UNREAD", SmsState::kUnread},
+    {"REC READ", SmsState::kRead},
+    {"STO UNSENT", std::nullopt},
+    {"STO SENT", std::nullopt},
 };
 
 bool GoesWithFlag(SmsState state, int flag) {
-    switch (state) {
-        case SmsState::kRead:
-            return flag >= 1;
-        case SmsState::kSent:
-            return flag >= 2;
-        case SmsState::kUnsent:
-            return flag >= 3;
-        case SmsState::kUnread:
-            return flag >= 4;
-    }
-    return false;
+    return flag >= (state == SmsState::kRead ? 1 : 4);
 }
 
 }  // namespace
 
 const char* SmsStateName(SmsState state) {
-    for (const auto& [known, name] : kStates) {
-        if (known == state) return name;
-    }
-    return "";
+    return state == SmsState::kRead ? "REC READ" : "REC UNREAD";
 }
 
 int SmsStore::Deliver(StoredSms message) {
@@ -41,11 +28,6 @@ int SmsStore::Deliver(StoredSms message) {
         waiting_.push_back(std::move(message));
         return 0;
     }
-    return Place(std::move(message));
-}
-
-std::optional<int> SmsStore::Save(StoredSms message) {
-    if (Full()) return std::nullopt;
     return Place(std::move(message));
 }
 
@@ -61,13 +43,13 @@ void SmsStore::MarkRead(int index) {
 }
 
 std::optional<std::vector<int>> SmsStore::Matching(const std::string& which) const {
-    const auto known = std::find_if(std::begin(kStates), std::end(kStates),
-                                    [&](const auto& state) { return which == state.second; });
-    if (known == std::end(kStates) && which != "ALL") return std::nullopt;
+    const auto known = std::find_if(std::begin(kNames), std::end(kNames),
+                                    [&](const auto& name) { return which == name.first; });
+    if (known == std::end(kNames) && which != "ALL") return std::nullopt;
     std::vector<int> indexes;
     for (int index = 1; index <= Capacity(); ++index) {
         const StoredSms* message = Find(index);
-        if (message != nullptr && (which == "ALL" || message->state == known->first)) {
+        if (message != nullptr && (which == "ALL" || message->state == known->second)) {
             indexes.push_back(index);
         }
     }
@@ -98,9 +80,9 @@ int SmsStore::Used() const {
 
 std::string SmsStore::ListEntry(int index) const {
     const StoredSms& message = *Find(index);
-    std::string line = "+CMGL: " + std::to_string(index) + ",\"" + SmsStateName(message.state) +
-                       "\",\"" + message.number + "\",,";
-    if (!message.stamp.empty()) line += "\"" + message.stamp + "\"";
+    const std::string line = "+CMGL: " + std::to_string(index) + ",\"" +
+                             SmsStateName(message.state) + "\",\"" + message.number + "\",,\"" +
+                             message.stamp + "\"";
     return line + "\r\n" + message.text;
 }
 

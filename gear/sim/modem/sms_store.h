@@ -17,7 +17,6 @@ constexpr int kCmsBadTextParameter = 305;
 constexpr int kCmsNoSim = 310;
 constexpr int kCmsSimPin = 311;
 constexpr int kCmsBadIndex = 321;
-constexpr int kCmsMemoryFull = 322;
 constexpr int kCmsNoNetwork = 331;
 
 struct SentSms {
@@ -26,14 +25,14 @@ struct SentSms {
     Micros at;
 };
 
-enum class SmsState { kUnread, kRead, kUnsent, kSent };
+enum class SmsState { kUnread, kRead };
 
-const char* SmsStateName(SmsState state);  // "REC UNREAD", ...
+const char* SmsStateName(SmsState state);  // "REC UNREAD" or "REC READ"
 
 struct StoredSms {
     SmsState state;
     std::string number;
-    std::string stamp;  // empty for messages of our own
+    std::string stamp;
     std::string text;
 };
 
@@ -42,15 +41,15 @@ class SmsStore {
     // A message from the network. With the store full it waits there until a place is free.
     // Returns its index (from 1), or 0 while it waits.
     int Deliver(StoredSms message);
-    std::optional<int> Save(StoredSms message);  // one of our own; nothing when the store is full
 
     const StoredSms* Find(int index) const;
     void MarkRead(int index);
-    // `which`: the state's name or "ALL"; nothing when it is neither.
+    // `which`: a state's name or "ALL"; nothing when it is neither. Messages of the host's own are
+    // never stored, but have their names.
     std::optional<std::vector<int>> Matching(const std::string& which) const;
 
-    // <delflag> 0: this index, false when there is nothing; 1: read; 2: and sent; 3: and unsent;
-    // 4: everything. Messages that waited move in afterwards.
+    // <delflag> 0: this index, false when there is nothing; 1 to 3: those that were read; 4:
+    // everything. Messages that waited move in afterwards.
     bool Delete(int index, int flag);
 
     void SetCapacity(int places);

@@ -26,27 +26,17 @@ struct PdpContext {
 // Choices of the host that a reset takes back.
 struct Modes {
     bool echo = true;
-    bool verbose = true;  // result codes as words between line ends, or as digits
-    bool quiet = false;   // no result codes at all
-    int cmee = 0;         // error reports: 0 plain ERROR, 1 numbers, 2 texts
-    int creg = 0;         // 0 silent, 1 reports changes, 2 with the cell
+    int cmee = 0;  // error reports: 0 plain ERROR, 1 numbers, 2 texts
+    int creg = 0;  // 0 silent, 1 reports changes, 2 with the cell
     int cgreg = 0;
     int cereg = 0;
     int cmgf = 0;  // 0 PDU mode, 1 text mode
-    int cnmi = 0;  // 1: announce received messages with +CMTI
-    int ctzr = 0;  // 1: report changes of the time zone
 };
 
 struct SmsFailure {
     int code = 0;
     int times = 0;  // how many sends still fail; negative: all
     bool at_prompt = false;
-};
-
-// What the host is about to send or store once it has given the body.
-struct Draft {
-    std::string to;
-    bool save_only = false;
 };
 
 struct State {
@@ -61,14 +51,13 @@ struct State {
     std::vector<SentSms> sent;
     int next_reference = 0;  // of +CMGS, 0 to 255
     SmsFailure sms_failure;
-    Draft draft;
+    std::string draft_to;  // whom the message under way is for
     Micros prompt_delay = 10 * kMillisecond;
     Micros send_delay = 300 * kMillisecond;
 
     std::uint64_t seed = 1;
     Micros now = 0;
     Micros powered_at = 0;
-    bool restart_wanted = false;  // the host asked for a restart of the modem
 
     // Empty when there is no such setting.
     const std::string& Setting(const std::string& name) const;

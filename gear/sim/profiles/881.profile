@@ -9,7 +9,6 @@ revision = K2_0_1_2 TEST 2026/03/02
 imei = 001017088100014
 mdn = 2015550188
 best-access = hspa
-features = clock
 temperature-base = 38
 band.wcdma = WCDMA 1900
 band.gsm = GSM 1900

@@ -9,7 +9,6 @@ imei = 001017000000003
 imsi = 001010123456789
 iccid = 8900101000000000019
 mdn = 2015550123
-pin = 1234
 
 operator = Example Net
 plmn = 001010
@@ -28,7 +27,6 @@ service.hspa = HSDPA/HSUPA
 service.lte = LTE
 temperature-base = 36
 timezone = 0
-features = clock
 
 context 1 IP internet
 

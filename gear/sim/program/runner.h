@@ -8,9 +8,9 @@
 #include <memory>
 #include <string>
 
-#include "sim/modem/hooks.h"
-#include "sim/modem/modem.h"
+#include "sim/control/played_modem.h"
 #include "sim/program/control_socket.h"
+#include "sim/program/hooks.h"
 #include "sim/program/pty_port.h"
 
 namespace sim {
@@ -44,7 +44,7 @@ class Runner {
     void Log(char direction, const std::string& text);
 
     RunOptions options_;
-    Modem modem_;
+    PlayedModem modem_;
     PtyPort port_;
     ControlSocket control_;
     Hooks hooks_;

@@ -90,7 +90,7 @@ class RandomWorld : public rig::World {
     Plan plan_;
     Dice dice_;
     Given given_;
-    sim::Modem twin_;
+    sim::PlayedModem twin_;
     bool recorded_ = false;
     std::vector<rig::Event> chronicle_;
     long settled_memory_ = 0;  // KiB

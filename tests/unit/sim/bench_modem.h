@@ -3,12 +3,12 @@
 
 #include <string>
 
-#include "sim/modem/modem.h"
+#include "sim/control/played_modem.h"
 
-class BenchModem : public sim::Modem {
+class BenchModem : public sim::PlayedModem {
   public:
     explicit BenchModem(const std::string& profile, bool echo = false)
-        : sim::Modem(sim::LoadProfile(profile)) {
+        : sim::PlayedModem(sim::LoadProfile(profile)) {
         SetEcho(echo);
     }
 

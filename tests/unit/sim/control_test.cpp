@@ -1,4 +1,4 @@
-#include "sim/control/control.h"
+#include "sim/control/played_modem.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

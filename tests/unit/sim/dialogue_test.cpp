@@ -74,16 +74,6 @@ TEST(Frame, PutsLineEndsAroundInformationAndResult) {
     EXPECT_EQ(sim::Frame(sim::Ok(), modes), "\r\nOK\r\n");
 }
 
-TEST(Frame, NumericAndQuietModes) {
-    sim::Modes modes;
-    modes.verbose = false;
-    EXPECT_EQ(sim::Frame(sim::Info("+CSQ: 17,99"), modes), "+CSQ: 17,99\r\n0\r");
-    EXPECT_EQ(sim::Frame(sim::Error(), modes), "4\r");
-    modes.quiet = true;
-    EXPECT_EQ(sim::Frame(sim::Error(), modes), "");
-    EXPECT_EQ(sim::Frame(sim::Info("x"), modes), "x\r\n");
-}
-
 TEST(Frame, EquipmentErrorsFollowTheErrorMode) {
     sim::Modes modes;
     EXPECT_EQ(sim::Frame(sim::CmeError(10), modes), "\r\nERROR\r\n");

@@ -1,5 +1,4 @@
-// Commands of the message store and the sender, after TS 27.005 in text mode.
-#include "sim/modem/commands.h"
+#include "sim/modem/message_commands.h"
 
 namespace sim {
 
@@ -26,8 +25,8 @@ bool TakeFailure(State& state, bool at_prompt) {
     return true;
 }
 
-Reply Prompt(State& state, Draft draft) {
-    state.draft = std::move(draft);
+Reply Prompt(State& state, std::string number) {
+    state.draft_to = std::move(number);
     Reply reply = Ok();
     reply.prompt = true;
     reply.delay = state.prompt_delay;
@@ -79,10 +78,8 @@ std::optional<Reply> HandleMessageRead(State& state, const Command& command) {
     const auto index = command.Number(0, 0);
     const StoredSms* message = index ? state.sms.Find(*index) : nullptr;
     if (message == nullptr) return CmsError(kCmsBadIndex);
-    std::string text =
-        std::string("+CMGR: \"") + SmsStateName(message->state) + "\",\"" + message->number + "\",";
-    if (!message->stamp.empty()) text += ",\"" + message->stamp + "\"";
-    text += "\r\n" + message->text;
+    std::string text = std::string("+CMGR: \"") + SmsStateName(message->state) + "\",\"" +
+                       message->number + "\",,\"" + message->stamp + "\"\r\n" + message->text;
     state.sms.MarkRead(*index);
     return Info(text);
 }
@@ -103,38 +100,15 @@ std::optional<Reply> HandleMessageSend(State& state, const Command& command) {
     if (state.modes.cmgf == 0) return CmsError(kCmsNotAllowed);
     if (!IsNumber(command.Text(0))) return CmsError(kCmsBadTextParameter);
     if (TakeFailure(state, true)) return CmsError(state.sms_failure.code);
-    return Prompt(state, {command.Text(0), false});
-}
-
-std::optional<Reply> HandleMessageSave(State& state, const Command& command) {
-    if (command.form != Form::kSet && command.form != Form::kExecute) return std::nullopt;
-    if (const auto error = SimInTheWay(state)) return error;
-    if (state.modes.cmgf == 0) return CmsError(kCmsNotAllowed);
-    if (state.sms.Full()) return CmsError(kCmsMemoryFull);
-    return Prompt(state, {command.Text(0), true});
-}
-
-std::optional<Reply> HandleMessageIndications(State& state, const Command& command) {
-    if (command.form == Form::kRead) {
-        return Info(Print("+CNMI: 2,%d,0,0,0", state.modes.cnmi));
-    }
-    if (command.form != Form::kSet) return std::nullopt;
-    const auto mode = command.Number(1, 0);
-    if (!mode || *mode < 0 || *mode > 1) return CmsError(kCmsBadTextParameter);
-    state.modes.cnmi = *mode;
-    return Ok();
+    return Prompt(state, command.Text(0));
 }
 
 Reply FinishMessage(State& state, const std::string& body) {
-    if (state.draft.save_only) {
-        const auto index = state.sms.Save({SmsState::kUnsent, state.draft.to, "", body});
-        return index ? Info("+CMGW: " + std::to_string(*index)) : CmsError(kCmsMemoryFull);
-    }
     if (TakeFailure(state, false)) {
         return Slowly(CmsError(state.sms_failure.code), state.send_delay);
     }
     if (!state.radio.HasService()) return Slowly(CmsError(kCmsNoNetwork), state.send_delay);
-    state.sent.push_back({state.draft.to, body, state.now});
+    state.sent.push_back({state.draft_to, body, state.now});
     // The reference counts through one octet, as the network's does.
     state.next_reference = (state.next_reference + 1) % 256;
     return Slowly(Info("+CMGS: " + std::to_string(state.next_reference)), state.send_delay);

@@ -1,4 +1,4 @@
-#include "sim/modem/hooks.h"
+#include "sim/program/hooks.h"
 
 #include <fcntl.h>
 #include <signal.h>

@@ -1,7 +1,6 @@
-// Commands of registration, PDP contexts, the data call and the operator list.
-#include <algorithm>
+#include "sim/modem/network_commands.h"
 
-#include "sim/modem/commands.h"
+#include <algorithm>
 
 namespace sim {
 
