@@ -37,7 +37,7 @@ long ResidentKilobytes() {
 
 void LiveADay(const cards::Model& model) {
     World world(OptionOf(model));
-    world.Keep({Kind::kLog});
+    world.trace.Keep({Kind::kLog});
     world.Start();
     world.RunFor(10min);
     const long early = ResidentKilobytes();

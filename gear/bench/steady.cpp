@@ -28,7 +28,7 @@ constexpr Duration kCounted = 1h;
 // A signal poll is the one command that each pass sends exactly once.
 std::size_t Passes(const World& world) {
     std::size_t passes = 0;
-    for (const std::string& command : world.Commands()) {
+    for (const std::string& command : world.trace.Commands()) {
         passes += command == "AT+CSQ" || command == "AT+CSQ?" || command == "AT+CIND?" ? 1 : 0;
     }
     return passes;
@@ -40,9 +40,10 @@ void PrintFigure(const std::string& card, const char* what, double value) {
 
 void PrintPrograms(const std::string& card, const World& world) {
     std::map<std::string, int> started;
-    for (const std::string& line : world.Shell()) ++started[line];
+    for (const std::string& line : world.trace.Shell()) ++started[line];
     const double minutes = std::chrono::duration<double, std::ratio<60>>(kCounted).count();
-    PrintFigure(card, "shell_lines_a_minute", static_cast<double>(world.Shell().size()) / minutes);
+    PrintFigure(card, "shell_lines_a_minute",
+                static_cast<double>(world.trace.Shell().size()) / minutes);
     for (const auto& [line, count] : started) {
         std::printf("# %s: %.2f a minute: %s\n", card.c_str(), count / minutes, line.c_str());
     }
@@ -51,30 +52,30 @@ void PrintPrograms(const std::string& card, const World& world) {
 void LiveSteadily(const cards::Model& model, long days) {
     const std::string card = model.name;
     World world(OptionOf(model));
-    world.SetAddress("10.64.0.2");
-    world.SetTxBytes(
+    world.router.SetAddress("10.64.0.2");
+    world.router.SetTxBytes(
         [](Duration now) { return static_cast<std::uint64_t>(now.count() / 1000000); });
-    world.Keep({Kind::kWrite, Kind::kShell});
+    world.trace.Keep({Kind::kWrite, Kind::kShell});
     world.Start();
     world.RunFor(kSettled);
-    world.ClearTrace();
-    const std::uint64_t calls = world.KernelCalls();
-    const std::uint64_t blocks = world.Allocations();
-    const std::uint64_t held = world.BlocksHeld();
+    world.trace.Clear();
+    const std::uint64_t calls = world.daemon.KernelCalls();
+    const std::uint64_t blocks = world.daemon.Allocations();
+    const std::uint64_t held = world.daemon.BlocksHeld();
     world.RunFor(kCounted);
 
-    const auto commands = static_cast<double>(world.Commands().size());
+    const auto commands = static_cast<double>(world.trace.Commands().size());
     PrintFigure(card, "kernel_calls_a_command",
-                static_cast<double>(world.KernelCalls() - calls) / commands);
-    PrintFigure(
-        card, "heap_blocks_a_pass",
-        static_cast<double>(world.Allocations() - blocks) / static_cast<double>(Passes(world)));
+                static_cast<double>(world.daemon.KernelCalls() - calls) / commands);
+    PrintFigure(card, "heap_blocks_a_pass",
+                static_cast<double>(world.daemon.Allocations() - blocks) /
+                    static_cast<double>(Passes(world)));
     PrintPrograms(card, world);
-    world.ClearTrace();
-    world.Keep({Kind::kNote});
+    world.trace.Clear();
+    world.trace.Keep({Kind::kNote});
     world.RunFor(days * 24h);
     PrintFigure(card, "heap_blocks_gained",
-                static_cast<double>(world.BlocksHeld()) - static_cast<double>(held));
+                static_cast<double>(world.daemon.BlocksHeld()) - static_cast<double>(held));
 }
 
 int LiveAll(long days, const std::string& wanted) {

@@ -1,9 +1,12 @@
 #include "rig/files.h"
 
 #include <fcntl.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
@@ -11,6 +14,7 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "rig/copy_text.h"
 #include "rig/private_root.h"
 
 namespace rig {
@@ -30,6 +34,10 @@ timespec KernelTick() {
 }
 
 }  // namespace
+
+Files::~Files() {
+    for (const std::string& folder : mounts_) umount2(folder.c_str(), MNT_DETACH);
+}
 
 void Files::Write(const std::string& path, const std::string& text) {
     if (!InPrivateRoot()) throw std::logic_error("no private root, not writing " + path);
@@ -57,7 +65,21 @@ void Files::Remove(const std::string& path) {
     fs::remove_all(path);
 }
 
-bool Files::Touch(const std::string& path) {
+std::vector<std::string> Files::List(const std::string& folder) {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(folder, error)) {
+        names.push_back(entry.path().filename());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+void Files::Touch(const std::string& path) {
+    if (!TryTouch(path)) throw std::runtime_error("cannot touch " + path);
+}
+
+bool Files::TryTouch(const std::string& path) {
     const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_NOCTTY | O_NONBLOCK | O_CLOEXEC, 0666);
     if (fd < 0) return false;
     struct stat file = {};
@@ -68,10 +90,40 @@ bool Files::Touch(const std::string& path) {
     return true;
 }
 
-void Files::SetTimes(const std::string& path, std::int64_t wall) {
+void Files::SetAge(const std::string& path, Duration age) {
     struct stat file = {};
     if (lstat(path.c_str(), &file) != 0) throw std::runtime_error("no file " + path);
-    memory_.file_times.Set(file, wall, wall);
+    const std::int64_t then = WallClock() - age.count();
+    memory_.file_times.Set(file, then, then);
+}
+
+void Files::Fail(const std::string& path, int error) {
+    PathFault* const end = memory_.path_faults + memory_.path_fault_count;
+    PathFault* fault = std::find_if(memory_.path_faults, end,
+                                    [&](const PathFault& one) { return path == one.path; });
+    if (fault == end) {
+        if (memory_.path_fault_count == kMostPaths) throw std::logic_error("too many path faults");
+        CopyText(fault->path, path);
+        ++memory_.path_fault_count;
+    }
+    fault->error = error;
+}
+
+void Files::MountSmall(const std::string& folder, std::size_t bytes) {
+    fs::create_directories(folder);
+    const std::string options = "mode=777,size=" + std::to_string(bytes);
+    if (mount("small", folder.c_str(), "tmpfs", 0, options.c_str()) != 0) {
+        throw std::runtime_error("cannot mount on " + folder);
+    }
+    mounts_.insert(mounts_.begin(), folder);
+}
+
+void Files::MountReadOnly(const std::string& folder) {
+    constexpr std::size_t kAnySize = 1U << 20;
+    MountSmall(folder, kAnySize);
+    if (mount(nullptr, folder.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) != 0) {
+        throw std::runtime_error("cannot make read-only: " + folder);
+    }
 }
 
 // The kernel stamps files with the time of its last tick; a fresh tick tells earlier work from

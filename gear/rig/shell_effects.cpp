@@ -52,7 +52,7 @@ bool IsFolder(const std::string& path) {
 int TouchAll(const Words& words, Files& files) {
     int status = 0;
     for (std::size_t i = 1; i < words.size(); ++i) {
-        if (!files.Touch(words[i])) status = 1;
+        if (!files.TryTouch(words[i])) status = 1;
     }
     return status;
 }

@@ -1,7 +1,17 @@
 #include "rig/trace.h"
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <map>
+#include <stdexcept>
+
+#include "rig/copy_text.h"
+#include "rig/program.h"
 
 namespace rig {
 
@@ -77,6 +87,17 @@ void Print(std::ostream& out, const Event& event, std::size_t most) {
     out << Readable(event.text, most);
 }
 
+// A file of its own for each world of a test, in the folder that RIG_TRACES names.
+std::unique_ptr<std::ostream> TraceFile(const char* folder) {
+    static std::map<std::string, int> worlds;
+    const ::testing::TestInfo* test = ::testing::UnitTest::GetInstance()->current_test_info();
+    std::string name =
+        test == nullptr ? "none" : std::string(test->test_suite_name()) + "." + test->name();
+    std::replace(name.begin(), name.end(), '/', '_');
+    const std::string number = std::to_string(++worlds[name]);
+    return std::make_unique<std::ofstream>(folder + ("/" + name) + "." + number + ".trace");
+}
+
 }  // namespace
 
 std::ostream& operator<<(std::ostream& out, const Event& event) {
@@ -84,7 +105,30 @@ std::ostream& operator<<(std::ostream& out, const Event& event) {
     return out;
 }
 
+Trace::Trace(Shared& memory) : memory_(memory) {
+    memory_.kept_kinds = ~KindBit(Kind::kSleep);
+    const char* folder = std::getenv(kTracesVariable);
+    if (folder == nullptr) return;
+    copy_ = TraceFile(folder);
+    KeepSleeps();
+}
+
+void Trace::Keep(std::initializer_list<Kind> kinds) {
+    memory_.kept_kinds = 0;
+    for (const Kind kind : kinds) memory_.kept_kinds |= KindBit(kind);
+}
+
+void Trace::Watch(const std::string& path) {
+    if (memory_.watched_count == kMostPaths) throw std::logic_error("too many files watched");
+    CopyText(memory_.watched[memory_.watched_count++], path);
+}
+
+void Trace::Note(const std::string& remark) {
+    Add({memory_.now, Kind::kNote, 0, remark});
+}
+
 void Trace::Add(Event event) {
+    if ((memory_.kept_kinds & KindBit(event.kind)) == 0) return;
     if (copy_) {
         Print(*copy_, event, std::string::npos);
         *copy_ << '\n';
@@ -110,14 +154,18 @@ void Trace::JoinCommand(const Event& write) {
     }
 }
 
-std::vector<Event> Trace::Of(Kind kind) const {
-    return Where([kind](const Event& event) { return event.kind == kind; });
+std::vector<std::string> Trace::CommandsMatching(const std::string& start) const {
+    std::vector<std::string> texts;
+    for (const Command& command : commands_) {
+        if (command.text.rfind(start, 0) == 0) texts.push_back(command.text);
+    }
+    return texts;
 }
 
-std::vector<Event> Trace::Where(const std::function<bool(const Event&)>& wanted) const {
+std::vector<Event> Trace::Of(Kind kind) const {
     std::vector<Event> found;
     for (const Event& event : events_) {
-        if (wanted(event)) found.push_back(event);
+        if (event.kind == kind) found.push_back(event);
     }
     return found;
 }
@@ -130,12 +178,39 @@ std::vector<std::string> Trace::Texts(Kind kind) const {
     return texts;
 }
 
-std::vector<Micros> Trace::Times(Kind kind, const std::string& text) const {
-    std::vector<Micros> times;
+std::vector<Duration> Trace::Times(Kind kind, const std::string& text) const {
+    std::vector<Duration> times;
     for (const Event& event : events_) {
-        if (event.kind == kind && event.text == text) times.push_back(event.at);
+        if (event.kind == kind && event.text == text) times.emplace_back(event.at);
     }
     return times;
+}
+
+std::vector<Duration> Trace::LogTimes(const std::string& line) const {
+    return Times(Kind::kLog, line);
+}
+
+std::vector<Duration> Trace::ShellTimes(const std::string& line) const {
+    return Times(Kind::kShell, line);
+}
+
+std::vector<Duration> Trace::CommandTimes(const std::string& command) const {
+    std::vector<Duration> times;
+    for (const Command& one : commands_) {
+        if (one.text == command) times.emplace_back(one.at);
+    }
+    return times;
+}
+
+std::size_t Trace::CountLog(const std::string& line) const {
+    return LogTimes(line).size();
+}
+
+std::size_t Trace::CountLogContaining(const std::string& part) const {
+    const std::vector<std::string> lines = Log();
+    return static_cast<std::size_t>(std::count_if(
+        lines.begin(), lines.end(),
+        [&](const std::string& line) { return line.find(part) != std::string::npos; }));
 }
 
 std::vector<FileVersion> Trace::Versions(const std::string& path) const {
@@ -146,6 +221,29 @@ std::vector<FileVersion> Trace::Versions(const std::string& path) const {
         versions.push_back({event.at, event.text.substr(size)});
     }
     return versions;
+}
+
+void Trace::ExpectLogInOrder(const std::vector<std::string>& lines) const {
+    const std::vector<std::string> log = Log();
+    auto place = log.begin();
+    for (const std::string& line : lines) {
+        const auto found = std::find(place, log.end(), line);
+        if (found == log.end()) {
+            const bool elsewhere = std::find(log.begin(), log.end(), line) != log.end();
+            ADD_FAILURE() << (elsewhere ? "logged, but not at this place: '" : "not logged: '")
+                          << line << "'";
+            return;
+        }
+        place = found + 1;
+    }
+}
+
+void Trace::ExpectNoLog(const std::string& part) const {
+    for (const std::string& line : Log()) {
+        if (line.find(part) == std::string::npos) continue;
+        ADD_FAILURE() << "logged: '" << line << "'";
+        return;
+    }
 }
 
 void Trace::PrintTail(std::ostream& out, std::size_t count) const {

@@ -11,11 +11,11 @@ using ::testing::Contains;
 
 TEST(SignalPoll, FlipsToTheOtherFormAfterAnError) {
     World world("-d");
-    world.modem().Answer("AT+CSQ", "\r\nERROR\r\n");
+    world.modem.Answer("AT+CSQ", "\r\nERROR\r\n");
     world.Start();
     world.RunFor(65s);
-    EXPECT_THAT(world.Commands(), Contains("AT+CSQ?"));
-    EXPECT_EQ(world.CountLog("AT command gave an error, switching CSQ modes to AT+CSQ?"), 1U);
+    EXPECT_THAT(world.trace.Commands(), Contains("AT+CSQ?"));
+    EXPECT_EQ(world.trace.CountLog("AT command gave an error, switching CSQ modes to AT+CSQ?"), 1U);
 }
 
 class Model : public ::testing::TestWithParam<std::string> {};
@@ -26,19 +26,19 @@ TEST_P(Model, IsServedForTwoHoursWithoutACommandThatItDoesNotKnow) {
     World world(GetParam());
     world.Start();
     world.RunFor(2h);
-    EXPECT_EQ(world.Now(), 2h);
-    EXPECT_GT(world.CommandTimes("AT+CSQ").size(), 400U);
-    world.Signal(SIGTERM);
+    EXPECT_EQ(world.clock.Now(), 2h);
+    EXPECT_GT(world.trace.CommandTimes("AT+CSQ").size(), 400U);
+    world.daemon.Signal(SIGTERM);
     EXPECT_EQ(world.RunToExit(60s), 0);
 }
 
 TEST(SimulatedDay, HasTheSameTraceEachTime) {
     const auto run = [] {
         World world("-E362");
-        world.SetAddress("10.64.0.2");
+        world.router.SetAddress("10.64.0.2");
         world.Start();
         world.RunFor(12h);
-        return world.GetTrace().Events();
+        return world.trace.Events();
     };
     const std::vector<Event> first = run();
     const std::vector<Event> second = run();

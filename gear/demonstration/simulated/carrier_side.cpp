@@ -15,15 +15,15 @@ constexpr rig::Duration kPingPatience = 10s;
 }  // namespace
 
 CarrierSide::CarrierSide(rig::World& world) : world_(world) {
-    world.SetTxBytes([this](rig::Duration) { return static_cast<std::uint64_t>(bytes_); });
-    world.modem().on_call = [this](bool up) { call_is_up_ = up; };
-    world.OnShell("udhcpc ", [this](const std::string&) { return StartClient(); });
-    world.OnShell("ping ", [this](const std::string&) { return Ping(); });
-    world.OnShell("ifconfig wwan0 0.0.0.0", [this](const std::string&) {
+    world.router.SetTxBytes([this](rig::Duration) { return static_cast<std::uint64_t>(bytes_); });
+    world.modem.OnCall([this](bool up) { call_is_up_ = up; });
+    world.router.OnShell("udhcpc ", [this](const std::string&) { return StartClient(); });
+    world.router.OnShell("ping ", [this](const std::string&) { return Ping(); });
+    world.router.OnShell("ifconfig wwan0 0.0.0.0", [this](const std::string&) {
         LoseAddress();
         return 0;
     });
-    world.OnShell("kill `cat /var/run/udhcpc-wwan0.pid", [this](const std::string&) {
+    world.router.OnShell("kill `cat /var/run/udhcpc-wwan0.pid", [this](const std::string&) {
         client_runs_ = false;
         return 0;
     });
@@ -33,17 +33,17 @@ int CarrierSide::StartClient() {
     const bool signalled = client_runs_;
     client_runs_ = true;
     if (call_is_up_) {
-        world_.TakeTime(kServerTime);
+        world_.router.TakeTime(kServerTime);
         TakeAddress();
     } else if (!signalled) {
-        world_.TakeTime(kClientPatience);
+        world_.router.TakeTime(kClientPatience);
     }
     return 0;
 }
 
 int CarrierSide::Ping() {
     if (!call_is_up_ || !has_address_) {
-        world_.TakeTime(kPingPatience);
+        world_.router.TakeTime(kPingPatience);
         return 1;
     }
     bytes_ += kPingBytes;
@@ -53,12 +53,12 @@ int CarrierSide::Ping() {
 void CarrierSide::TakeAddress() {
     bytes_ += kLeaseBytes;
     has_address_ = true;
-    world_.SetAddress(kAddress);
+    world_.router.SetAddress(kAddress);
 }
 
 void CarrierSide::LoseAddress() {
     has_address_ = false;
-    world_.ClearAddress();
+    world_.router.ClearAddress();
 }
 
 }  // namespace demo

@@ -10,6 +10,7 @@ namespace demo {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using rig::Duration;
+using rig::Files;
 using rig::Kind;
 using rig::World;
 
@@ -25,7 +26,7 @@ const char* const kKeptPlaces[] = {"/var/log", "/var/run", "/tmp/sms", "/tmp/udh
 std::vector<std::pair<std::string, std::string>> ReadKeptFiles() {
     std::vector<std::pair<std::string, std::string>> files;
     const auto keep = [&](const std::string& path) {
-        if (fs::is_regular_file(path)) files.emplace_back(path, World::File(path));
+        if (fs::is_regular_file(path)) files.emplace_back(path, Files::Read(path));
     };
     for (const char* place : kKeptPlaces) {
         std::error_code error;
@@ -56,14 +57,14 @@ Lives::Lives(std::string card_option, Duration pause)
       pause_(pause),
       world_(std::make_unique<World>(card_option_)),
       carrier_(std::make_unique<CarrierSide>(*world_)) {
-    world_->AllowUnknownCommands();
-    world_->Keep({Kind::kLog, Kind::kWrite, Kind::kFile});
+    world_->modem.AllowUnknownCommands();
+    world_->trace.Keep({Kind::kLog, Kind::kWrite, Kind::kFile});
 }
 
 Lives::~Lives() = default;
 
 Duration Lives::Now() const {
-    return started_ && !world_->Running() ? ended_ : born_ + world_->Now();
+    return started_ && !world_->daemon.Running() ? ended_ : born_ + world_->clock.Now();
 }
 
 void Lives::Run(Duration duration) {
@@ -71,10 +72,10 @@ void Lives::Run(Duration duration) {
     started_ = true;
     const Duration until = Now() + duration;
     while (Now() < until) {
-        if (world_->Running()) {
+        if (world_->daemon.Running()) {
             RunWorld(until);
         } else {
-            const Duration rebirth = born_ + world_->Now() + pause_;
+            const Duration rebirth = born_ + world_->clock.Now() + pause_;
             ended_ = ended_for_good_ ? until : std::min(until, rebirth);
             if (!ended_for_good_ && ended_ == rebirth) BeginLife();
         }
@@ -83,22 +84,22 @@ void Lives::Run(Duration duration) {
 
 void Lives::RunWorld(Duration until) {
     world_->RunFor(until - Now());
-    Append(log_, world_->Log());
-    Append(commands_, world_->Commands());
-    for (const rig::Event& event : world_->GetTrace().Of(Kind::kFile)) {
+    Append(log_, world_->trace.Log());
+    Append(commands_, world_->trace.Commands());
+    for (const rig::Event& event : world_->trace.Of(Kind::kFile)) {
         ++writes_[event.text.substr(0, static_cast<std::size_t>(event.number))];
     }
-    world_->ClearTrace();
-    if (!world_->Running()) ended_ = born_ + world_->Now();
+    world_->trace.Clear();
+    if (!world_->daemon.Running()) ended_ = born_ + world_->clock.Now();
 }
 
 // The modem of the new life is a fresh one, as a modem is that was put back; only the place where
 // it stands, and so its signal, and a call that it has made meanwhile are the old ones.
 void Lives::BeginLife() {
     const auto files = ReadKeptFiles();
-    const std::string signal = "signal " + std::to_string(world_->modem().GetState().radio.csq);
+    const std::string signal = "signal " + std::to_string(world_->modem.Sim().GetState().radio.csq);
     const bool call_was_up = CallIsUp();
-    const std::string wall = Utc(world_->WallSeconds() + pause_ / 1s);
+    const std::string wall = Utc(world_->clock.WallSeconds() + pause_ / 1s);
     const Duration uptime = 1h + ended_;
     const int process = kFirstProcess + static_cast<int>(ended_ / 1s);
     bytes_before_ += carrier_->Bytes();
@@ -107,40 +108,39 @@ void Lives::BeginLife() {
 
     world_ = std::make_unique<World>(card_option_);
     carrier_ = std::make_unique<CarrierSide>(*world_);
-    world_->AllowUnknownCommands();
-    world_->Keep({Kind::kLog, Kind::kWrite, Kind::kFile});
-    world_->SetWallClock(wall);
-    world_->SetUptime(uptime);
-    world_->SetProcessId(process);
-    for (const auto& [path, text] : files) world_->WriteFile(path, text);
-    world_->Control(signal);
-    if (call_was_up) world_->Control("call up");
+    world_->modem.AllowUnknownCommands();
+    world_->trace.Keep({Kind::kLog, Kind::kWrite, Kind::kFile});
+    world_->clock.Set(wall);
+    world_->router.SetUptime(uptime);
+    world_->daemon.SetProcessId(process);
+    for (const auto& [path, text] : files) world_->files.Write(path, text);
+    world_->modem.Control(signal);
+    if (call_was_up) world_->modem.Control("call up");
     born_ = ended_;
     if (!plugged_) {
-        world_->Control("unplug");
-        world_->RemoveDevice();
+        world_->modem.Control("unplug");
+        world_->port.RemoveDevice();
     }
     world_->Start();
 }
 
 std::string Lives::Tell(const std::string& line) {
-    const std::string answer =
-        world_->modem().Control(line, std::chrono::microseconds(world_->Now()).count());
-    const bool plugged = world_->modem().Plugged();
-    if (plugged_ && !plugged) world_->Unplug();
-    if (!plugged_ && plugged) world_->AddDevice();
+    const std::string answer = world_->modem.Tell(line);
+    const bool plugged = world_->modem.Sim().Plugged();
+    if (plugged_ && !plugged) world_->port.Unplug();
+    if (!plugged_ && plugged) world_->port.AddDevice();
     plugged_ = plugged;
     return answer;
 }
 
 void Lives::Write(const std::string& path, const std::string& text) {
-    world_->WriteFile(path, text);
+    world_->files.Write(path, text);
 }
 
 void Lives::End() {
     ended_for_good_ = true;
-    if (!world_->Running()) return;
-    world_->Signal(SIGTERM);
+    if (!world_->daemon.Running()) return;
+    world_->daemon.Signal(SIGTERM);
     RunWorld(Now() + kTimeToEnd);
 }
 

@@ -32,8 +32,10 @@ class Lives {
     void End();
 
     rig::Duration Now() const;  // since the first start
-    bool DaemonRuns() const { return world_->Running(); }
-    int ExitStatus() const { return world_->ExitStatus(); }  // of the life before, -1 for none
+    bool DaemonRuns() const { return world_->daemon.Running(); }
+    int ExitStatus() const {
+        return world_->daemon.ExitStatus();
+    }  // of the life before, -1 for none
     bool Plugged() const { return plugged_; }
     bool CallIsUp() const { return plugged_ && carrier_->CallIsUp(); }
     std::optional<std::string> Address() const;

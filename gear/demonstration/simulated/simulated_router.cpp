@@ -30,6 +30,7 @@ namespace {
 using namespace std::chrono_literals;
 using demo::JsonLine;
 using demo::Lives;
+using rig::Files;
 using rig::World;
 
 constexpr char kSendFolder[] = "/tmp/sms/send/";
@@ -59,7 +60,7 @@ Options ReadOptions(int argc, char** argv) {
 demo::Table ContentOf(const std::vector<std::string>& paths) {
     demo::Table table;
     for (const std::string& path : paths) {
-        table.emplace_back(path, World::Exists(path) ? std::optional<std::string>(World::File(path))
+        table.emplace_back(path, Files::Exists(path) ? std::optional<std::string>(Files::Read(path))
                                                      : std::nullopt);
     }
     return table;
@@ -75,8 +76,8 @@ demo::Table WritesOf(const Lives& lives, const std::vector<std::string>& paths) 
 
 std::vector<std::string> ReceivedMessages() {
     std::vector<std::string> texts;
-    for (const std::string& name : World::List(kReceiveFolder)) {
-        texts.push_back(World::File(kReceiveFolder + name));
+    for (const std::string& name : Files::List(kReceiveFolder)) {
+        texts.push_back(Files::Read(kReceiveFolder + name));
     }
     return texts;
 }
@@ -93,7 +94,7 @@ JsonLine Snapshot(Lives& lives, const std::vector<std::string>& files) {
     line.Add("log", lives.TakeLog());
     line.Add("heard", lives.TakeCommands());
     line.Add("received", ReceivedMessages());
-    line.Add("waiting", World::List(kSendFolder));
+    line.Add("waiting", Files::List(kSendFolder));
     line.Add("files", ContentOf(files));
     line.Add("written", WritesOf(lives, files));
     return line;

@@ -36,49 +36,49 @@ std::string StatusLine(const std::string& key) {
 
 TEST(FileTimes, OfFilesThatTheStoryWritesAreSimulated) {
     SampleWorld world("looker", "/var/log/file");
-    world.WriteFile("/var/log/file", "old");
-    world.At(90s, [&] { world.WriteFile("/var/log/file", "new"); });
-    world.At(150s, [&] { world.SetAge("/var/log/file", 86400s); });
-    world.At(210s, [&] { world.Touch("/var/log/file"); });
-    world.At(270s, [&] { World::RemoveFile("/var/log/file"); });
+    world.files.Write("/var/log/file", "old");
+    world.clock.At(90s, [&] { world.files.Write("/var/log/file", "new"); });
+    world.clock.At(150s, [&] { world.files.SetAge("/var/log/file", 86400s); });
+    world.clock.At(210s, [&] { world.files.Touch("/var/log/file"); });
+    world.clock.At(270s, [&] { Files::Remove("/var/log/file"); });
     world.Start();
     world.RunFor(301s);
-    EXPECT_THAT(world.Log(),
+    EXPECT_THAT(world.trace.Log(),
                 ElementsAre(Times(0, 0), Times(0, 0), Times(90, 90),
                             Times(150 - 86400, 150 - 86400), Times(210, 210), "no file"));
 }
 
 TEST(FileTimes, OfFilesThatTheProgramWritesAreSimulated) {
     SampleWorld world("writer");
-    world.Watch("/var/log/b");
+    world.trace.Watch("/var/log/b");
     world.Start();
     EXPECT_EQ(world.RunToExit(1h), 0);
-    EXPECT_THAT(world.Log(), ElementsAre("wrote 5", "system 0", Times(60, 60), Times(120, 180),
-                                         Times(300, 300), Times(360, 360)));
-    ASSERT_THAT(world.Versions("/var/log/b"), ::testing::SizeIs(1));
-    EXPECT_EQ(world.Versions("/var/log/b")[0].text, "second");
-    EXPECT_EQ(world.Versions("/var/log/b")[0].at, 180000000);
-    EXPECT_EQ(World::File("/var/log/c"), "third");
-    EXPECT_THAT(world.GetTrace().Texts(Kind::kUnlink), ElementsAre("/var/log/a"));
+    EXPECT_THAT(world.trace.Log(), ElementsAre("wrote 5", "system 0", Times(60, 60),
+                                               Times(120, 180), Times(300, 300), Times(360, 360)));
+    ASSERT_THAT(world.trace.Versions("/var/log/b"), ::testing::SizeIs(1));
+    EXPECT_EQ(world.trace.Versions("/var/log/b")[0].text, "second");
+    EXPECT_EQ(world.trace.Versions("/var/log/b")[0].at, 180000000);
+    EXPECT_EQ(Files::Read("/var/log/c"), "third");
+    EXPECT_THAT(world.trace.Texts(Kind::kUnlink), ElementsAre("/var/log/a"));
 }
 
 TEST(FileTimes, OfFilesThatAShellMakesAreSimulated) {
     SampleWorld world("looker", "/tmp/a b");
-    world.At(30s, [&] { world.DefaultShell("echo x > \"/tmp/a b\""); });
+    world.clock.At(30s, [&] { world.router.DefaultShell("echo x > \"/tmp/a b\""); });
     world.Start();
     world.RunFor(61s);
-    EXPECT_THAT(world.Log(), ElementsAre("no file", Times(30, 30)));
+    EXPECT_THAT(world.trace.Log(), ElementsAre("no file", Times(30, 30)));
 }
 
 TEST(KernelFiles, ComeFromTheStory) {
     SampleWorld world("kernel");
-    world.SetUptime(599500ms);
-    world.AddProcess(99, std::string("modemd\0-d\0", 10));
-    world.SetTxBytes([](Duration now) { return now.count() / 1000; });
-    world.SetProcessId(77);
+    world.router.SetUptime(599500ms);
+    world.router.AddProcess(99, std::string("modemd\0-d\0", 10));
+    world.router.SetTxBytes([](Duration now) { return now.count() / 1000; });
+    world.daemon.SetProcessId(77);
     world.Start();
     EXPECT_EQ(world.RunToExit(1min), 0);
-    EXPECT_THAT(world.Log(),
+    EXPECT_THAT(world.trace.Log(),
                 ElementsAre("/proc/uptime 0", "/proc/99 0", "/proc/99/cmdline 0", "/proc/100 -1 2",
                             "/sys/class/net/wwan0/statistics/tx_bytes 0", "599.50 599.50",
                             "numbers 2", "609.500000", "modemd", "10000", "pid 77"));
@@ -86,21 +86,21 @@ TEST(KernelFiles, ComeFromTheStory) {
 
 TEST(KernelFiles, CanBeMissing) {
     SampleWorld world("kernel");
-    world.RemoveUptime();
+    world.router.RemoveUptime();
     world.Start();
     world.RunFor(1s);
-    EXPECT_THAT(world.Log(), Contains("/proc/uptime -1 2"));
-    EXPECT_THAT(world.Log(), Contains("/sys/class/net/wwan0/statistics/tx_bytes -1 2"));
+    EXPECT_THAT(world.trace.Log(), Contains("/proc/uptime -1 2"));
+    EXPECT_THAT(world.trace.Log(), Contains("/sys/class/net/wwan0/statistics/tx_bytes -1 2"));
 }
 
 TEST(Interface, HasTheAddressThatTheStorySays) {
     SampleWorld world("address");
-    world.At(5s, [&] { world.SetAddress("10.64.0.2"); });
-    world.At(15s, [&] { world.ClearAddress(); });
-    world.At(25s, [&] { world.FailSockets(EMFILE, 1); });
+    world.clock.At(5s, [&] { world.router.SetAddress("10.64.0.2"); });
+    world.clock.At(15s, [&] { world.router.ClearAddress(); });
+    world.clock.At(25s, [&] { world.router.FailSockets(EMFILE, 1); });
     world.Start();
     world.RunFor(35s);
-    EXPECT_THAT(world.Log(), ElementsAre("none 99", "10.64.0.2", "none 99", "none 24"));
+    EXPECT_THAT(world.trace.Log(), ElementsAre("none 99", "10.64.0.2", "none 99", "none 24"));
 }
 
 TEST(Shell, DoesWhatTheDaemonsLinesSay) {
@@ -125,60 +125,60 @@ TEST(Shell, DoesWhatTheDaemonsLinesSay) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.line);
         SampleWorld world("shell", row.line);
-        world.WriteFile("/var/log/old", "");
-        world.WriteFile("/var/log/wireless.x", "");
+        world.files.Write("/var/log/old", "");
+        world.files.Write("/var/log/wireless.x", "");
         world.Start();
         world.RunFor(1s);
-        EXPECT_THAT(world.Shell(), ElementsAre(row.line));
-        EXPECT_THAT(world.Log(), ElementsAre(row.status));
-        EXPECT_TRUE(World::Exists(row.file));
-        EXPECT_EQ(World::Exists("/var/log/wireless.x"), row.line[5] != 'r');
+        EXPECT_THAT(world.trace.Shell(), ElementsAre(row.line));
+        EXPECT_THAT(world.trace.Log(), ElementsAre(row.status));
+        EXPECT_TRUE(Files::Exists(row.file));
+        EXPECT_EQ(Files::Exists("/var/log/wireless.x"), row.line[5] != 'r');
     }
 }
 
 TEST(Shell, IsPlayedByTheStoryWhereItWants) {
     SampleWorld world("shell", "udhcpc -i wwan0");
-    world.SetShellStatus("udhcpc", 1);
+    world.router.SetShellStatus("udhcpc", 1);
     world.Start();
     world.RunFor(1s);
-    world.OnShell("udhcpc -i", [&](const std::string&) {
-        world.SetAddress("10.0.0.1");
-        world.TakeTime(5s);
+    world.router.OnShell("udhcpc -i", [&](const std::string&) {
+        world.router.SetAddress("10.0.0.1");
+        world.router.TakeTime(5s);
         return 2;
     });
     world.RunFor(30s);
-    EXPECT_THAT(world.Log(), ElementsAre("system 256", "system 512", "system 512"));
-    EXPECT_EQ(world.LogTimes("system 512"), (std::vector<Duration>{15s, 30s}));
+    EXPECT_THAT(world.trace.Log(), ElementsAre("system 256", "system 512", "system 512"));
+    EXPECT_EQ(world.trace.LogTimes("system 512"), (std::vector<Duration>{15s, 30s}));
 }
 
 TEST(Paths, FailWhereTheStoryWants) {
     SampleWorld world("faults");
-    world.FailPath("/var/log/x", EACCES);
-    world.FailPath("/var/log", ENOTDIR);
-    world.MountSmall("/tmp/small", 8192);
-    world.MountReadOnly("/tmp/fixed");
+    world.files.Fail("/var/log/x", EACCES);
+    world.files.Fail("/var/log", ENOTDIR);
+    world.files.MountSmall("/tmp/small", 8192);
+    world.files.MountReadOnly("/tmp/fixed");
     world.Start();
     world.RunFor(1s);
-    EXPECT_THAT(world.Log(), ElementsAre("open -1 13", "fopen fails", "opendir fails", "full",
-                                         "read-only -1 30"));
+    EXPECT_THAT(world.trace.Log(), ElementsAre("open -1 13", "fopen fails", "opendir fails", "full",
+                                               "read-only -1 30"));
 }
 
 TEST(PrivateRoot, IsEmptyAtEachStart) {
     {
         SampleWorld world("nothing");
-        world.WriteFile("/var/log/left", "x");
-        world.WriteFile("/tmp/deep/left", "x");
-        world.WriteFile("/etc/kvt/wireless/left", "x");
-        world.MountSmall("/tmp/mounted", 8192);
-        world.WriteFile("/tmp/mounted/left", "x");
+        world.files.Write("/var/log/left", "x");
+        world.files.Write("/tmp/deep/left", "x");
+        world.files.Write("/etc/kvt/wireless/left", "x");
+        world.files.MountSmall("/tmp/mounted", 8192);
+        world.files.Write("/tmp/mounted/left", "x");
     }
     SampleWorld world("nothing");
-    EXPECT_THAT(World::List("/var/log"), IsEmpty());
-    EXPECT_THAT(World::List("/var/run"), IsEmpty());
-    EXPECT_THAT(World::List("/tmp"), Not(Contains("deep")));
-    EXPECT_THAT(World::List("/tmp"), Not(Contains("mounted")));
-    EXPECT_THAT(World::List("/etc/kvt"), IsEmpty());
-    EXPECT_THAT(World::List("/etc/ssh"), ElementsAre("ssh_host_dsa_key"));
+    EXPECT_THAT(Files::List("/var/log"), IsEmpty());
+    EXPECT_THAT(Files::List("/var/run"), IsEmpty());
+    EXPECT_THAT(Files::List("/tmp"), Not(Contains("deep")));
+    EXPECT_THAT(Files::List("/tmp"), Not(Contains("mounted")));
+    EXPECT_THAT(Files::List("/etc/kvt"), IsEmpty());
+    EXPECT_THAT(Files::List("/etc/ssh"), ElementsAre("ssh_host_dsa_key"));
 }
 
 TEST(PrivateRoot, CannotReachTheClockOrTheNetwork) {

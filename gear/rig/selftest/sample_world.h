@@ -15,7 +15,7 @@ class SampleWorld : public rig::World {
   public:
     explicit SampleWorld(const std::string& role, const std::string& argument = "")
         : World(rig::Exactly{{role, argument}}) {
-        SetProgram(RIG_SAMPLE);
-        SetDevice("/dev/ttyUSB0");
+        daemon.SetProgram(RIG_SAMPLE);
+        port.SetDevice("/dev/ttyUSB0");
     }
 };

@@ -9,6 +9,7 @@
 namespace {
 
 using namespace std::chrono_literals;
+using rig::Files;
 using rig::Kind;
 using rig::World;
 using testing::Contains;
@@ -34,38 +35,38 @@ INSTANTIATE_TEST_SUITE_P(Table, EveryCard, testing::ValuesIn(cards::kModels),
                          [](const auto& test) { return test.param.name; });
 
 TEST_P(EveryCard, HasAModemOfItsName) {
-    EXPECT_EQ(world_.modem().Name(), GetParam().name);
+    EXPECT_EQ(world_.modem.Sim().Name(), GetParam().name);
     const std::string told = std::string("card type set to ") + GetParam().logged_as;
-    EXPECT_EQ(world_.CountLog(told), cards::HasOption(GetParam()) ? 1U : 0U);
+    EXPECT_EQ(world_.trace.CountLog(told), cards::HasOption(GetParam()) ? 1U : 0U);
 }
 
 TEST_P(EveryCard, TellsItsSerialNumber) {
     const std::string imei = sim::LoadProfile(GetParam().name).settings.at("imei");
-    EXPECT_THAT(World::File(kStatistics), HasSubstr("CELLMODEM_IMEI=" + imei + "\n"));
-    EXPECT_EQ(World::File("/var/log/wireless.serialno"), imei + "\n");
+    EXPECT_THAT(Files::Read(kStatistics), HasSubstr("CELLMODEM_IMEI=" + imei + "\n"));
+    EXPECT_EQ(Files::Read("/var/log/wireless.serialno"), imei + "\n");
 }
 
 TEST_P(EveryCard, IsAskedForItsRegistrationWhenItCanTell) {
     if (!Can(cards::kRegistration)) {
-        EXPECT_FALSE(World::Exists(kActivation));
-        EXPECT_THAT(world_.Commands(), Not(Contains(HasSubstr("REG?"))));
+        EXPECT_FALSE(Files::Exists(kActivation));
+        EXPECT_THAT(world_.trace.Commands(), Not(Contains(HasSubstr("REG?"))));
         return;
     }
-    EXPECT_EQ(World::File(kActivation), "Reg Home\n");
-    EXPECT_THAT(world_.Commands(), Contains(Can(cards::kLteCall) ? "AT+CEREG?" : "AT+CREG?"));
+    EXPECT_EQ(Files::Read(kActivation), "Reg Home\n");
+    EXPECT_THAT(world_.trace.Commands(), Contains(Can(cards::kLteCall) ? "AT+CEREG?" : "AT+CREG?"));
 }
 
 TEST_P(EveryCard, IsAskedForTheTextModeWhenItMayHaveOne) {
-    EXPECT_EQ(world_.CountLog("Modem supports CMGF SMS"), Can(cards::kMessages) ? 1U : 0U);
+    EXPECT_EQ(world_.trace.CountLog("Modem supports CMGF SMS"), Can(cards::kMessages) ? 1U : 0U);
 }
 
 TEST_P(EveryCard, HasTheDataCallWatchedWhenItHasOne) {
     const auto watched = Contains("AT$NWQMISTATUS");
     if (Can(cards::kLteCall)) {
-        EXPECT_THAT(world_.Commands(), watched);
+        EXPECT_THAT(world_.trace.Commands(), watched);
     } else {
-        EXPECT_THAT(world_.Commands(), Not(watched));
-        EXPECT_THAT(world_.Shell(), Not(Contains(HasSubstr("wwan0"))));
+        EXPECT_THAT(world_.trace.Commands(), Not(watched));
+        EXPECT_THAT(world_.trace.Shell(), Not(Contains(HasSubstr("wwan0"))));
     }
 }
 
@@ -73,7 +74,7 @@ TEST_P(EveryCard, HasTheDataCallWatchedWhenItHasOne) {
 TEST_P(EveryCard, IsAskedNothingThatTheRandomWorldsDoNotKnow) {
     worlds::Given given;
     given.card = GetParam().type;
-    for (const std::string& command : world_.Commands()) {
+    for (const std::string& command : world_.trace.Commands()) {
         const std::vector<std::string> known = worlds::CommandsOf(given.card);
         EXPECT_THAT(known, Contains(command));
     }

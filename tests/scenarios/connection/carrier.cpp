@@ -33,18 +33,19 @@ bool IsForTheCall(const std::string& command) {
 }  // namespace
 
 Carrier::Carrier(rig::World& world) : world_(world) {
-    world.WriteFile(kProvisioningFile, "SYNC_TIME=no\n");
-    world.SetTxBytes([](rig::Duration now) { return static_cast<std::uint64_t>(now / 1s) + 1; });
-    world.modem().on_call = [this](bool up) {
+    world.files.Write(kProvisioningFile, "SYNC_TIME=no\n");
+    world.router.SetTxBytes(
+        [](rig::Duration now) { return static_cast<std::uint64_t>(now / 1s) + 1; });
+    world.modem.OnCall([this](bool up) {
         call_is_up_ = up;
         Follow();
-    };
-    world.OnShell("udhcpc", [this](const std::string&) {
+    });
+    world.router.OnShell("udhcpc", [this](const std::string&) {
         client_runs_ = true;
         Follow();
         return 0;
     });
-    world.OnShell("kill `cat /var/run/udhcpc-wwan0.pid", [this](const std::string&) {
+    world.router.OnShell("kill `cat /var/run/udhcpc-wwan0.pid", [this](const std::string&) {
         client_runs_ = false;
         Follow();
         return 0;
@@ -53,22 +54,22 @@ Carrier::Carrier(rig::World& world) : world_(world) {
 
 void Carrier::Follow() {
     if (call_is_up_ && client_runs_) {
-        world_.SetAddress("10.64.0.2");
+        world_.router.SetAddress("10.64.0.2");
     } else {
-        world_.ClearAddress();
+        world_.router.ClearAddress();
     }
 }
 
 Lines ConnectionStory(const rig::World& world) {
     Lines story;
-    const std::vector<rig::Command>& commands = world.GetTrace().Commands();
+    const std::vector<rig::Command>& commands = world.trace.TimedCommands();
     auto command = commands.begin();
     const auto tell_commands_before = [&](rig::Micros time) {
         for (; command != commands.end() && command->at < time; ++command) {
             if (IsForTheCall(command->text)) story.push_back("modem: " + command->text);
         }
     };
-    for (const Event& event : world.GetTrace().Events()) {
+    for (const Event& event : world.trace.Events()) {
         tell_commands_before(event.at);
         if (event.kind == Kind::kLog && IsAboutTheConnection(event.text)) {
             story.push_back("log: " + event.text);
@@ -89,5 +90,5 @@ Lines From(const Lines& story, const std::string& start, std::size_t count) {
 }
 
 std::size_t CountRemovals(const rig::World& world, const std::string& path) {
-    return world.GetTrace().Times(Kind::kUnlink, path).size();
+    return world.trace.Times(Kind::kUnlink, path).size();
 }

@@ -4,6 +4,7 @@
 #include "carrier.h"
 
 using namespace std::chrono_literals;
+using rig::Files;
 using rig::World;
 
 namespace {
@@ -36,17 +37,17 @@ Lines operator+(Lines left, const Lines& right) {
 Lines EndOf(const std::string& card, int signal) {
     World world(card);
     Carrier carrier(world);
-    world.WriteFile(kLeaseCounter, "LEASE_FAIL_COUNTER=3\n");
+    world.files.Write(kLeaseCounter, "LEASE_FAIL_COUNTER=3\n");
     world.Start();
     world.RunFor(5min);
-    world.WriteFile("/var/run/BackendResetControl", "1");
-    world.Signal(signal);
+    world.files.Write("/var/run/BackendResetControl", "1");
+    world.daemon.Signal(signal);
     EXPECT_EQ(world.RunToExit(1min), 0);
-    EXPECT_EQ(world.File("/var/log/lightbar"), "");
-    EXPECT_FALSE(World::Exists("/var/log/wireless.cardstats"));
-    EXPECT_FALSE(World::Exists("/var/log/wireless.serialno"));
-    EXPECT_FALSE(World::Exists("/var/run/BackendResetControl"));
-    EXPECT_TRUE(World::Exists("/var/run/modemd.pid"));
+    EXPECT_EQ(world.files.Read("/var/log/lightbar"), "");
+    EXPECT_FALSE(Files::Exists("/var/log/wireless.cardstats"));
+    EXPECT_FALSE(Files::Exists("/var/log/wireless.serialno"));
+    EXPECT_FALSE(Files::Exists("/var/run/BackendResetControl"));
+    EXPECT_TRUE(Files::Exists("/var/run/modemd.pid"));
     const std::string first = signal == SIGHUP ? "log: recieved" : "log: received";
     return From(ConnectionStory(world), first, 100);
 }
@@ -75,9 +76,9 @@ TEST(Ending, OfOtherCardsLeavesTheLinkAlone) {
 
 TEST(Ending, WritesTheLeaseCounterOfAnLteCardOnly) {
     EndOf("-E362", SIGTERM);
-    EXPECT_EQ(World::File(kLeaseCounter), "LEASE_FAIL_COUNTER=0\n");
+    EXPECT_EQ(Files::Read(kLeaseCounter), "LEASE_FAIL_COUNTER=0\n");
     EndOf("-881", SIGTERM);
-    EXPECT_EQ(World::File(kLeaseCounter), "LEASE_FAIL_COUNTER=3\n");
+    EXPECT_EQ(Files::Read(kLeaseCounter), "LEASE_FAIL_COUNTER=3\n");
 }
 
 TEST(Ending, InTheMiddleOfARestartWaitsForItsEnd) {
@@ -85,8 +86,8 @@ TEST(Ending, InTheMiddleOfARestartWaitsForItsEnd) {
     Carrier carrier(world);
     world.Start();
     ASSERT_TRUE(world.RunUntilCommand(kDisconnectCommand, 2min));
-    world.ClearTrace();
-    world.Signal(SIGTERM);
+    world.trace.Clear();
+    world.daemon.Signal(SIGTERM);
     EXPECT_EQ(world.RunToExit(1min), 0);
     EXPECT_EQ(From(ConnectionStory(world), "modem: ", 6),
               (Lines{std::string("modem: ") + kConnectCommand, "log: Starting/Signaling udhcpc",
@@ -96,14 +97,14 @@ TEST(Ending, InTheMiddleOfARestartWaitsForItsEnd) {
 
 class PppErrors : public ::testing::Test {
   protected:
-    PppErrors() { world.WriteFile(kProvisioningFile, "SYNC_TIME=no\n"); }
+    PppErrors() { world.files.Write(kProvisioningFile, "SYNC_TIME=no\n"); }
 
     // Writes the count and lets two passes go by. Returns the resets of the modem since.
     std::size_t Resets(int count) {
-        world.ClearTrace();
-        world.WriteFile(kKvtStatus, "PPP_WIRELESS_ERROR_COUNTER=" + std::to_string(count) + "\n");
+        world.trace.Clear();
+        world.files.Write(kKvtStatus, "PPP_WIRELESS_ERROR_COUNTER=" + std::to_string(count) + "\n");
         world.RunFor(30s);
-        return world.ShellTimes(kResetLine).size();
+        return world.trace.ShellTimes(kResetLine).size();
     }
 
     World world{"-881"};
@@ -114,11 +115,11 @@ TEST_F(PppErrors, ResetAtEightNotAtNineAndAgainAtSixteen) {
     world.RunFor(30s);
     EXPECT_EQ(Resets(7), 0U);
     EXPECT_EQ(Resets(8), 1U);
-    EXPECT_TRUE(World::Exists(kResettingMarker));
+    EXPECT_TRUE(Files::Exists(kResettingMarker));
     EXPECT_EQ(Resets(8), 0U);
-    EXPECT_TRUE(World::Exists(kResettingMarker));
+    EXPECT_TRUE(Files::Exists(kResettingMarker));
     EXPECT_EQ(Resets(9), 0U);
-    EXPECT_FALSE(World::Exists(kResettingMarker));
+    EXPECT_FALSE(Files::Exists(kResettingMarker));
     EXPECT_EQ(Resets(16), 1U);
     EXPECT_EQ(Resets(24), 0U);  // swallowed by the marker
     EXPECT_EQ(Resets(32), 1U);
@@ -129,43 +130,43 @@ TEST_F(PppErrors, AtZeroMakeTheSameCountNewAgain) {
     world.RunFor(30s);
     EXPECT_EQ(Resets(8), 1U);
     EXPECT_EQ(Resets(0), 0U);
-    World::RemoveFile(kResettingMarker);
+    Files::Remove(kResettingMarker);
     EXPECT_EQ(Resets(8), 1U);
 }
 
 TEST_F(PppErrors, CountOnlyOnceTheRouterIsUpLongEnough) {
-    world.SetUptime(0s);
+    world.router.SetUptime(0s);
     world.Start();
     world.RunFor(30s);
     EXPECT_EQ(Resets(8), 0U);
     world.RunFor(500s);
-    EXPECT_EQ(world.ShellTimes(kResetLine).size(), 0U);
+    EXPECT_EQ(world.trace.ShellTimes(kResetLine).size(), 0U);
     world.RunFor(2min);
-    EXPECT_EQ(world.ShellTimes(kResetLine).size(), 1U);
+    EXPECT_EQ(world.trace.ShellTimes(kResetLine).size(), 1U);
 }
 
 TEST_F(PppErrors, OnAFirstBootCountAfterHalfAnHour) {
-    World::RemoveFile("/etc/ssh/ssh_host_dsa_key");
-    world.SetUptime(601s);
+    Files::Remove("/etc/ssh/ssh_host_dsa_key");
+    world.router.SetUptime(601s);
     world.Start();
     world.RunFor(30s);
     EXPECT_EQ(Resets(8), 0U);
     world.RunFor(19min);
-    EXPECT_EQ(world.ShellTimes(kResetLine).size(), 0U);
+    EXPECT_EQ(world.trace.ShellTimes(kResetLine).size(), 0U);
     world.RunFor(2min);
-    EXPECT_EQ(world.ShellTimes(kResetLine).size(), 1U);
+    EXPECT_EQ(world.trace.ShellTimes(kResetLine).size(), 1U);
 }
 
 TEST_F(PppErrors, CountAtOnceWhenTheUptimeCannotBeRead) {
-    world.RemoveUptime();
+    world.router.RemoveUptime();
     world.Start();
     world.RunFor(30s);
     EXPECT_EQ(Resets(8), 1U);
-    EXPECT_GT(world.CountLog("Unable to open /proc/uptime"), 0U);
+    EXPECT_GT(world.trace.CountLog("Unable to open /proc/uptime"), 0U);
 }
 
 TEST_F(PppErrors, OfASilentModemAreNotLookedAt) {
-    world.ScriptModem([](const std::string&) { return std::string(); });
+    world.modem.Script([](const std::string&) { return std::string(); });
     world.Start();
     world.RunFor(5min);
     EXPECT_EQ(Resets(8), 0U);

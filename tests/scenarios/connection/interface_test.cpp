@@ -4,6 +4,7 @@
 #include "carrier.h"
 
 using namespace std::chrono_literals;
+using rig::Files;
 using rig::World;
 
 namespace {
@@ -17,8 +18,8 @@ TEST(DisabledInterface, BringsTheCallDownAndKeepsItDown) {
     Carrier carrier(world);
     world.Start();
     world.RunFor(5min);
-    world.ClearTrace();
-    world.WriteFile(kPppFile, "CM_ENABLE_INTERFACE=no\n");
+    world.trace.Clear();
+    world.files.Write(kPppFile, "CM_ENABLE_INTERFACE=no\n");
     world.RunFor(10min);
 
     const std::string status = std::string("modem: ") + kStatusCommand;
@@ -37,80 +38,80 @@ TEST(DisabledInterface, BringsTheCallDownAndKeepsItDown) {
                   touch,
                   status,
               }));
-    EXPECT_EQ(world.CountLog(kDisabledLine), 1U);
-    EXPECT_EQ(world.CommandTimes(kConnectCommand).size(), 0U);
-    EXPECT_FALSE(World::Exists(kDialing));
-    EXPECT_TRUE(World::Exists(kNotDialing));
+    EXPECT_EQ(world.trace.CountLog(kDisabledLine), 1U);
+    EXPECT_EQ(world.trace.CommandTimes(kConnectCommand).size(), 0U);
+    EXPECT_FALSE(Files::Exists(kDialing));
+    EXPECT_TRUE(Files::Exists(kNotDialing));
     // Never reset, however long it is down.
-    EXPECT_EQ(world.CountLog("Resetting device"), 0U);
+    EXPECT_EQ(world.trace.CountLog("Resetting device"), 0U);
 }
 
 TEST(DisabledInterface, IsLookedAtOnEveryPass) {
     World world("-E362");
     Carrier carrier(world);
-    world.WriteFile(kPppFile, "CM_ENABLE_INTERFACE=no\n");
+    world.files.Write(kPppFile, "CM_ENABLE_INTERFACE=no\n");
     world.Start();
     world.RunFor(2min);
-    world.ClearTrace();
+    world.trace.Clear();
     world.RunFor(30min);
-    const auto polls = world.CommandTimes("AT+CSQ").size();
-    const auto looks = world.CommandTimes(kStatusCommand).size();
-    const auto touches = world.ShellTimes(std::string("touch ") + kNotDialing).size();
+    const auto polls = world.trace.CommandTimes("AT+CSQ").size();
+    const auto looks = world.trace.CommandTimes(kStatusCommand).size();
+    const auto touches = world.trace.ShellTimes(std::string("touch ") + kNotDialing).size();
     EXPECT_GT(looks, 100U);
     EXPECT_LE(polls > looks ? polls - looks : looks - polls, 1U);
     EXPECT_LE(looks > touches ? looks - touches : touches - looks, 1U);
-    EXPECT_TRUE(world.ShellTimes(kTerminateLine).empty());
-    EXPECT_TRUE(world.CommandsMatching(kConnectCommand).empty());
+    EXPECT_TRUE(world.trace.ShellTimes(kTerminateLine).empty());
+    EXPECT_TRUE(world.trace.CommandsMatching(kConnectCommand).empty());
 }
 
 TEST(DisabledInterface, NeverStartsTheClientNotEvenForNewService) {
     World world("-E362");
     Carrier carrier(world);
-    world.WriteFile(kPppFile, "CM_ENABLE_INTERFACE = No \n");
+    world.files.Write(kPppFile, "CM_ENABLE_INTERFACE = No \n");
     world.Start();
     world.RunFor(2min);
-    EXPECT_EQ(world.CountLog("Service Type changed from 'Unknown' to 'LTE'"), 1U);
-    world.ExpectNoLog("Starting/Signaling udhcpc");
-    EXPECT_EQ(world.ShellTimes(kStartLine).size(), 0U);
+    EXPECT_EQ(world.trace.CountLog("Service Type changed from 'Unknown' to 'LTE'"), 1U);
+    world.trace.ExpectNoLog("Starting/Signaling udhcpc");
+    EXPECT_EQ(world.trace.ShellTimes(kStartLine).size(), 0U);
 }
 
 TEST(DisabledInterface, BringsDownACallThatSomebodyElseStarted) {
     World world("-E362");
     Carrier carrier(world);
-    world.WriteFile(kPppFile, "CM_ENABLE_INTERFACE=no\n");
+    world.files.Write(kPppFile, "CM_ENABLE_INTERFACE=no\n");
     world.Start();
     world.RunFor(2min);
-    world.Control("call up");
-    world.SetAddress("10.64.0.2");
+    world.modem.Control("call up");
+    world.router.SetAddress("10.64.0.2");
     ASSERT_TRUE(world.RunUntilLog(kDisabledLine, 30s));
     world.RunFor(30s);
-    EXPECT_EQ(world.CommandTimes(kDisconnectCommand).size(), 1U);
+    EXPECT_EQ(world.trace.CommandTimes(kDisconnectCommand).size(), 1U);
 }
 
 TEST(DisabledInterface, EnabledAgainRestartsTheCall) {
     World world("-E362");
     Carrier carrier(world);
-    world.WriteFile(kPppFile, "CM_ENABLE_INTERFACE=no\n");
+    world.files.Write(kPppFile, "CM_ENABLE_INTERFACE=no\n");
     world.Start();
     world.RunFor(5min);
-    EXPECT_TRUE(World::Exists(kNotDialing));
-    world.WriteFile(kPppFile, "CM_ENABLE_INTERFACE=yes\n");
+    EXPECT_TRUE(Files::Exists(kNotDialing));
+    world.files.Write(kPppFile, "CM_ENABLE_INTERFACE=yes\n");
     ASSERT_TRUE(world.RunUntilLog(kRestarting, 1min));
     world.RunFor(1min);
-    EXPECT_TRUE(World::Exists(kDialing));
-    EXPECT_FALSE(World::Exists(kNotDialing));
+    EXPECT_TRUE(Files::Exists(kDialing));
+    EXPECT_FALSE(Files::Exists(kNotDialing));
     world.RunFor(10min);
-    EXPECT_EQ(world.CountLog(kRestarting), 1U);
+    EXPECT_EQ(world.trace.CountLog(kRestarting), 1U);
 }
 
 TEST(DefaultRoute, SwitchedOffKeepsTheClientFromTouchingIt) {
     World world("-E362");
     Carrier carrier(world);
-    world.WriteFile(kPppFile, "CM_DEFAULTROUTE=no\n");
+    world.files.Write(kPppFile, "CM_DEFAULTROUTE=no\n");
     world.Start();
     world.RunFor(2min);
-    EXPECT_EQ(world.ShellTimes("udhcpc -T 3 -S -b -i wwan0 -G  &> /dev/null").size(), 2U);
-    EXPECT_EQ(world.ShellTimes(kStartLine).size(), 0U);
+    EXPECT_EQ(world.trace.ShellTimes("udhcpc -T 3 -S -b -i wwan0 -G  &> /dev/null").size(), 2U);
+    EXPECT_EQ(world.trace.ShellTimes(kStartLine).size(), 0U);
 }
 
 Lines Provisioning(const std::string& apn) {
@@ -126,68 +127,68 @@ Lines Provisioning(const std::string& apn) {
 TEST(Apn, OfTheConfigurationIsWrittenOnTheFirstPass) {
     World world("-E362");
     Carrier carrier(world);
-    world.WriteFile(kPppFile, "CM_APN= My.APN \n");
+    world.files.Write(kPppFile, "CM_APN= My.APN \n");
     world.Start();
     world.RunFor(10min);
     EXPECT_EQ(From(ConnectionStory(world), "log: Setting", 4), Provisioning("My.APN"));
-    EXPECT_EQ(world.CountLogContaining("Setting Context 3"), 1U);
-    EXPECT_EQ(world.modem().GetState().contexts.at(3).apn, "My.APN");
+    EXPECT_EQ(world.trace.CountLogContaining("Setting Context 3"), 1U);
+    EXPECT_EQ(world.modem.Sim().GetState().contexts.at(3).apn, "My.APN");
 }
 
 TEST(Apn, ThatChangesDropsTheCallWhichComesBack) {
     World world("-E371");
     Carrier carrier(world);
-    world.WriteFile(kPppFile, "CM_APN=first.test\n");
+    world.files.Write(kPppFile, "CM_APN=first.test\n");
     world.Start();
     world.RunFor(10min);
-    EXPECT_EQ(world.CountLog(kRestarting), 1U);
+    EXPECT_EQ(world.trace.CountLog(kRestarting), 1U);
 
-    world.ClearTrace();
-    world.WriteFile(kPppFile, "CM_APN=second.test\n");
+    world.trace.Clear();
+    world.files.Write(kPppFile, "CM_APN=second.test\n");
     world.RunFor(10min);
     EXPECT_EQ(From(ConnectionStory(world), "log: Setting", 5), [] {
         Lines lines = Provisioning("second.test");
         lines.push_back(std::string("modem: ") + kStatusCommand);
         return lines;
     }());
-    EXPECT_EQ(world.modem().GetState().contexts.at(3).apn, "second.test");
-    EXPECT_EQ(world.CountLog(kRestarting), 1U);
-    EXPECT_EQ(world.CommandTimes(kConnectCommand).size(), 1U);
+    EXPECT_EQ(world.modem.Sim().GetState().contexts.at(3).apn, "second.test");
+    EXPECT_EQ(world.trace.CountLog(kRestarting), 1U);
+    EXPECT_EQ(world.trace.CommandTimes(kConnectCommand).size(), 1U);
 }
 
 TEST(Apn, IsWrittenAgainWhenTheFileIsWrittenAgain) {
     World world("-E362");
     Carrier carrier(world);
-    world.WriteFile(kPppFile, "CM_APN=same.test\n");
+    world.files.Write(kPppFile, "CM_APN=same.test\n");
     world.Start();
     world.RunFor(5min);
-    world.WriteFile(kPppFile, "CM_APN=same.test\n");
+    world.files.Write(kPppFile, "CM_APN=same.test\n");
     world.RunFor(5min);
-    world.WriteFile(kPppFile, "CM_DEFAULTROUTE=yes\n");  // The APN of before is in force.
+    world.files.Write(kPppFile, "CM_DEFAULTROUTE=yes\n");  // The APN of before is in force.
     world.RunFor(5min);
-    EXPECT_EQ(world.CountLog("Setting Context 3 APN to 'same.test'"), 3U);
+    EXPECT_EQ(world.trace.CountLog("Setting Context 3 APN to 'same.test'"), 3U);
 }
 
 TEST(Apn, ThatIsBadIsNotWritten) {
     World world("-E362");
     Carrier carrier(world);
-    world.WriteFile(kPppFile, "CM_APN=internet#1\n");
+    world.files.Write(kPppFile, "CM_APN=internet#1\n");
     world.Start();
     world.RunFor(5min);
-    world.ExpectNoLog("Setting Context 3");
-    EXPECT_TRUE(world.CommandsMatching("AT+NWAPNE").empty());
+    world.trace.ExpectNoLog("Setting Context 3");
+    EXPECT_TRUE(world.trace.CommandsMatching("AT+NWAPNE").empty());
 }
 
 TEST(Apn, NeverReachesAnotherCard) {
     for (const char* card : {"-881", "-USB305", "-mc75i", ""}) {
         SCOPED_TRACE(card);
         World world(card);
-        world.WriteFile(kPppFile, "CM_APN=internet.test\n");
+        world.files.Write(kPppFile, "CM_APN=internet.test\n");
         world.Start();
         world.RunFor(2min);
-        EXPECT_TRUE(world.CommandsMatching("AT+NWAPNE").empty());
-        EXPECT_TRUE(world.CommandsMatching("AT$NWQMI").empty());
-        EXPECT_TRUE(world.CommandsMatching("AT+CGDCONT=").empty());
+        EXPECT_TRUE(world.trace.CommandsMatching("AT+NWAPNE").empty());
+        EXPECT_TRUE(world.trace.CommandsMatching("AT$NWQMI").empty());
+        EXPECT_TRUE(world.trace.CommandsMatching("AT+CGDCONT=").empty());
     }
 }
 
@@ -196,36 +197,36 @@ TEST(Service, ThatIsGoneStopsTheChecksAndThenTheCall) {
     Carrier carrier(world);
     world.Start();
     world.RunFor(5min);
-    world.ClearTrace();
-    world.modem().Answer("AT$NWSYSMODE", "\r\nNo Service\r\n\r\nOK\r\n");
+    world.trace.Clear();
+    world.modem.Answer("AT$NWSYSMODE", "\r\nNo Service\r\n\r\nOK\r\n");
     world.RunFor(10min);
-    EXPECT_EQ(world.CountLog("Service Type changed from 'LTE' to 'No Service'"), 1U);
-    EXPECT_EQ(world.CountLog("No service after 30 seconds, sending modem a disconnect."), 1U);
-    EXPECT_EQ(world.CommandTimes(kDisconnectCommand).size(), 1U);
-    EXPECT_EQ(world.CommandTimes(kStatusCommand).size(), 0U);
-    EXPECT_EQ(world.CountLog(kRestarting), 0U);
-    EXPECT_GT(world.CountLog("Warning: Modem reports bad service : 'No Service'"), 20U);
+    EXPECT_EQ(world.trace.CountLog("Service Type changed from 'LTE' to 'No Service'"), 1U);
+    EXPECT_EQ(world.trace.CountLog("No service after 30 seconds, sending modem a disconnect."), 1U);
+    EXPECT_EQ(world.trace.CommandTimes(kDisconnectCommand).size(), 1U);
+    EXPECT_EQ(world.trace.CommandTimes(kStatusCommand).size(), 0U);
+    EXPECT_EQ(world.trace.CountLog(kRestarting), 0U);
+    EXPECT_GT(world.trace.CountLog("Warning: Modem reports bad service : 'No Service'"), 20U);
 
-    world.ClearTrace();
-    world.modem().Forget("AT$NWSYSMODE");
+    world.trace.Clear();
+    world.modem.Forget("AT$NWSYSMODE");
     world.RunFor(2min);
     EXPECT_EQ(
         From(ConnectionStory(world), "log: Service", 5),
         (Lines{"log: Service Type changed from 'No Service' to 'LTE'",
                "log: Starting/Signaling udhcpc", std::string("run: ") + kStartLine,
                std::string("modem: ") + kStatusCommand, std::string("run: touch ") + kDialing}));
-    EXPECT_EQ(world.CountLog(kRestarting), 1U);
+    EXPECT_EQ(world.trace.CountLog(kRestarting), 1U);
 }
 
 TEST(SilentModem, IsNotSupervised) {
     World world("-E362");
     Carrier carrier(world);
-    world.ScriptModem([](const std::string&) { return std::string(); });
+    world.modem.Script([](const std::string&) { return std::string(); });
     world.Start();
     world.RunFor(1h);
-    EXPECT_TRUE(world.CommandsMatching("AT$NWQMI").empty());
-    EXPECT_EQ(world.ShellTimes(kPingLine).size(), 0U);
-    EXPECT_GT(world.CommandTimes("AT+CSQ").size(), 100U);
+    EXPECT_TRUE(world.trace.CommandsMatching("AT$NWQMI").empty());
+    EXPECT_EQ(world.trace.ShellTimes(kPingLine).size(), 0U);
+    EXPECT_GT(world.trace.CommandTimes("AT+CSQ").size(), 100U);
 }
 
 }  // namespace

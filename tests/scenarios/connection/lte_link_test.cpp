@@ -4,6 +4,7 @@
 #include "carrier.h"
 
 using namespace std::chrono_literals;
+using rig::Files;
 using rig::World;
 
 namespace {
@@ -30,7 +31,7 @@ Lines Restart(const std::string& time, const std::string& reason, const std::str
 }
 
 std::size_t CountCommand(const World& world, const std::string& command) {
-    return world.CommandTimes(command).size();
+    return world.trace.CommandTimes(command).size();
 }
 
 std::string StatusAnswer(const std::string& result, const std::string& state,
@@ -56,13 +57,13 @@ TEST(LteLink, ComesUpAfterAColdStartAndThenStays) {
     EXPECT_EQ(From(ConnectionStory(world), "run: ", expected.size()), expected);
 
     world.RunFor(58min);
-    EXPECT_EQ(world.CountLog(kRestarting), 1U);
+    EXPECT_EQ(world.trace.CountLog(kRestarting), 1U);
     EXPECT_EQ(CountCommand(world, kConnectCommand), 1U);
     EXPECT_EQ(CountCommand(world, kDisconnectCommand), 1U);
-    EXPECT_EQ(World::File(kLeaseCounter), "LEASE_FAIL_COUNTER=0\n");
-    EXPECT_FALSE(World::Exists(kNotDialing));
+    EXPECT_EQ(Files::Read(kLeaseCounter), "LEASE_FAIL_COUNTER=0\n");
+    EXPECT_FALSE(Files::Exists(kNotDialing));
     // It stays when the call is up: only a disabled interface removes it.
-    EXPECT_TRUE(World::Exists(kDialing));
+    EXPECT_TRUE(Files::Exists(kDialing));
 }
 
 TEST(LteLink, OfTheE371ComesUpTheSameWay) {
@@ -74,21 +75,21 @@ TEST(LteLink, OfTheE371ComesUpTheSameWay) {
     EXPECT_EQ(From(ConnectionStory(world), std::string("modem: ") + kStatusCommand, restart.size()),
               restart);
     world.RunFor(58min);
-    EXPECT_EQ(world.CountLog(kRestarting), 1U);
+    EXPECT_EQ(world.trace.CountLog(kRestarting), 1U);
 }
 
 TEST(LteLink, PausesAsLongAsTheModemNeeds) {
     World world("-E362");
     Carrier carrier(world);
-    world.KeepSleeps();
+    world.trace.KeepSleeps();
     world.Start();
     world.RunUntilLog(kRestarting, 2min);
-    world.ClearTrace();
+    world.trace.Clear();
     world.RunFor(20s);
 
-    const auto disconnect = world.CommandTimes(kDisconnectCommand);
-    const auto connect = world.CommandTimes(kConnectCommand);
-    const auto start = world.ShellTimes(kStartLine);
+    const auto disconnect = world.trace.CommandTimes(kDisconnectCommand);
+    const auto connect = world.trace.CommandTimes(kConnectCommand);
+    const auto start = world.trace.ShellTimes(kStartLine);
     ASSERT_EQ(disconnect.size(), 1U);
     ASSERT_EQ(connect.size(), 1U);
     ASSERT_EQ(start.size(), 1U);
@@ -102,9 +103,9 @@ TEST(LteLink, IsCheckedEveryThirtySeconds) {
     Carrier carrier(world);
     world.Start();
     world.RunFor(5min);
-    world.ClearTrace();
+    world.trace.Clear();
     world.RunFor(1h);
-    const auto checks = world.CommandTimes(kStatusCommand);
+    const auto checks = world.trace.CommandTimes(kStatusCommand);
     ASSERT_GT(checks.size(), 60U);
     for (std::size_t i = 1; i < checks.size(); ++i) {
         // The timer starts when the check is done, 5 s after its question.
@@ -118,39 +119,39 @@ TEST(LteLink, ThatTheCarrierDropsIsRestartedWithANewLease) {
     Carrier carrier(world);
     world.Start();
     world.RunFor(10min);
-    world.ClearTrace();
-    world.Control("drop-call 4");
+    world.trace.Clear();
+    world.modem.Control("drop-call 4");
     world.RunFor(2min);
     const Lines story = ConnectionStory(world);
-    EXPECT_EQ(world.CountLog(kRestarting), 1U);
+    EXPECT_EQ(world.trace.CountLog(kRestarting), 1U);
     EXPECT_EQ(CountCommand(world, kConnectCommand), 1U);
-    EXPECT_EQ(world.ShellTimes(kStartLine).size(), 1U);
+    EXPECT_EQ(world.trace.ShellTimes(kStartLine).size(), 1U);
     world.RunFor(10min);
-    EXPECT_EQ(world.CountLog(kRestarting), 1U);
+    EXPECT_EQ(world.trace.CountLog(kRestarting), 1U);
 }
 
 TEST(LteLink, TellsOfTheCallWhatTheCheckBeforeSaw) {
     World world("-E362");
-    world.SetAddress("10.64.0.2");
-    world.modem().Answer(kStatusCommand, StatusAnswer("GOOD: 26", "CONNECTED", "5", "00:09:30"));
+    world.router.SetAddress("10.64.0.2");
+    world.modem.Answer(kStatusCommand, StatusAnswer("GOOD: 26", "CONNECTED", "5", "00:09:30"));
     world.Start();
     world.RunFor(2min);
-    EXPECT_EQ(world.CountLog(kRestarting), 0U);
+    EXPECT_EQ(world.trace.CountLog(kRestarting), 0U);
 
-    world.modem().Answer(kStatusCommand, StatusAnswer("BAD: 30", "DISCONNECTED", "11", "00:10:01"));
-    world.ClearTrace();
+    world.modem.Answer(kStatusCommand, StatusAnswer("BAD: 30", "DISCONNECTED", "11", "00:10:01"));
+    world.trace.Clear();
     world.RunUntilLog(kRestarting, 2min);
     world.RunFor(1min);
-    world.ExpectLogInOrder({
+    world.trace.ExpectLogInOrder({
         kRestarting,
         "Last connect time was reported as '00:09:30'",
         "Last connect end reason was 'Received release from BS \x96 no reason given (5)'",
         "Last qmi result was 'Control point has already started the network interface. (26)'",
     });
-    world.ClearTrace();
+    world.trace.Clear();
     world.RunUntilLog(kRestarting, 2min);
     world.RunFor(1s);
-    world.ExpectLogInOrder({
+    world.trace.ExpectLogInOrder({
         kRestarting,
         "Last connect time was reported as '00:10:01'",
         "Last connect end reason was '11'",
@@ -161,13 +162,13 @@ TEST(LteLink, TellsOfTheCallWhatTheCheckBeforeSaw) {
 TEST(LteLink, WithoutAnyAnswerFromTheCallIsUnknownAndRestarted) {
     World world("-E362");
     Carrier carrier(world);
-    world.modem().Answer(kStatusCommand, "");
+    world.modem.Answer(kStatusCommand, "");
     world.Start();
     world.RunUntilLog(kRestarting, 2min);
     world.RunUntilLog(kRestarting, 2min);
     world.RunFor(1s);
-    EXPECT_EQ(world.CountLog("Last connect end reason was 'Unknown'"), 2U);
-    EXPECT_EQ(world.CountLog("Last qmi result was 'Unknown'"), 2U);
+    EXPECT_EQ(world.trace.CountLog("Last connect end reason was 'Unknown'"), 2U);
+    EXPECT_EQ(world.trace.CountLog("Last qmi result was 'Unknown'"), 2U);
 }
 
 // Each restart fails two checks, before and after it. So the sixth, the twelfth and the eighteenth
@@ -176,12 +177,12 @@ TEST(LteLink, WithoutAnyAnswerFromTheCallIsUnknownAndRestarted) {
 TEST(LteOutage, ResetsTheModemByBothRules) {
     World world("-E362");
     Carrier carrier(world);
-    world.Control("connect-fails 14 3 forever");
+    world.modem.Control("connect-fails 14 3 forever");
     world.Start();
-    ASSERT_TRUE(world.RunUntil([&] { return world.CountLog(kRestarting) == 19; }, 1h));
+    ASSERT_TRUE(world.RunUntil([&] { return world.trace.CountLog(kRestarting) == 19; }, 1h));
 
     Lines seen;
-    for (const std::string& line : world.Log()) {
+    for (const std::string& line : world.trace.Log()) {
         if (line == kRestarting) seen.push_back("restart");
         if (line == kGaveUp) seen.push_back("gave up");
         if (line == "Resetting device") seen.push_back("reset");
@@ -193,47 +194,48 @@ TEST(LteOutage, ResetsTheModemByBothRules) {
         if (restart % 6 == 0 || restart % 8 == 0) expected.push_back("reset");
     }
     EXPECT_EQ(seen, expected);
-    EXPECT_EQ(world.ShellTimes(kResetLine).size(), 5U);
+    EXPECT_EQ(world.trace.ShellTimes(kResetLine).size(), 5U);
     EXPECT_EQ(CountRemovals(world, kResettingMarker), 2U);
-    EXPECT_FALSE(World::Exists(kResettingMarker));
+    EXPECT_FALSE(Files::Exists(kResettingMarker));
 }
 
 TEST(LteOutage, ShowsWhyTheCallDidNotComeUp) {
     World world("-E362");
     Carrier carrier(world);
-    world.Control("connect-fails 14 10 forever");
+    world.modem.Control("connect-fails 14 10 forever");
     world.Start();
     world.RunUntilLog(kRestarting, 2min);
     world.RunUntilLog(kRestarting, 2min);
     world.RunFor(1s);
-    EXPECT_EQ(world.CountLog("Last connect end reason was 'Authentication failed (10)'"), 1U);
-    EXPECT_EQ(world.CountLog("Last qmi result was 'Data call failed. (14)'"), 1U);
+    EXPECT_EQ(world.trace.CountLog("Last connect end reason was 'Authentication failed (10)'"), 1U);
+    EXPECT_EQ(world.trace.CountLog("Last qmi result was 'Data call failed. (14)'"), 1U);
 }
 
 TEST(LteOutage, DoesNotResetAYoungRouterByTheErrorCounts) {
     World world("-E362");
     Carrier carrier(world);
-    world.SetUptime(0s);
-    world.Control("connect-fails 14 3 forever");
+    world.router.SetUptime(0s);
+    world.modem.Control("connect-fails 14 3 forever");
     world.Start();
     // Eight restarts take more than seven minutes; the cutoff is at ten.
-    ASSERT_TRUE(world.RunUntil([&] { return world.CountLog(kRestarting) == 9; }, 599s));
-    EXPECT_EQ(world.CountLog("Resetting device"), 1U);  // the sixth restart
-    EXPECT_FALSE(World::Exists(kResettingMarker));
+    ASSERT_TRUE(world.RunUntil([&] { return world.trace.CountLog(kRestarting) == 9; }, 599s));
+    EXPECT_EQ(world.trace.CountLog("Resetting device"), 1U);  // the sixth restart
+    EXPECT_FALSE(Files::Exists(kResettingMarker));
 }
 
 TEST(LteOutage, WithoutAnAddressRestartsButNeverGivesUp) {
     World world("-E362");
     Carrier carrier(world);
-    world.Control("no-address on");
+    world.modem.Control("no-address on");
     world.Start();
-    ASSERT_TRUE(world.RunUntil([&] { return world.CountLog(kRestarting) == 16; }, 1h));
+    ASSERT_TRUE(world.RunUntil([&] { return world.trace.CountLog(kRestarting) == 16; }, 1h));
     world.RunFor(20s);
     // The first check finds no call at all; each of the others, and the one behind every restart,
     // a call without an address.
-    EXPECT_EQ(world.CountLog("Interface wwan0 is connected, but does not have a valid IP."), 31U);
-    EXPECT_EQ(world.CountLog(kGaveUp), 0U);
-    EXPECT_EQ(world.CountLog("Resetting device"), 2U);  // 8 and 16 restarts
+    EXPECT_EQ(world.trace.CountLog("Interface wwan0 is connected, but does not have a valid IP."),
+              31U);
+    EXPECT_EQ(world.trace.CountLog(kGaveUp), 0U);
+    EXPECT_EQ(world.trace.CountLog("Resetting device"), 2U);  // 8 and 16 restarts
 }
 
 TEST(LteOutage, OfUnknownStateIsResetAfterElevenChecksWithoutARestart) {
@@ -241,15 +243,15 @@ TEST(LteOutage, OfUnknownStateIsResetAfterElevenChecksWithoutARestart) {
     Carrier carrier(world);
     world.Start();
     world.RunFor(5min);
-    world.ClearTrace();
-    world.Control("unknown on");
+    world.trace.Clear();
+    world.modem.Control("unknown on");
     ASSERT_TRUE(world.RunUntilLog(kGaveUp, 15min));
     EXPECT_EQ(CountCommand(world, kStatusCommand), 11U);
-    EXPECT_EQ(world.CountLog(kRestarting), 0U);
-    world.Control("unknown off");
+    EXPECT_EQ(world.trace.CountLog(kRestarting), 0U);
+    world.modem.Control("unknown off");
     world.RunFor(15min);
-    EXPECT_EQ(world.CountLog(kGaveUp), 1U);
-    EXPECT_EQ(world.CountLog("Resetting device"), 1U);
+    EXPECT_EQ(world.trace.CountLog(kGaveUp), 1U);
+    EXPECT_EQ(world.trace.CountLog("Resetting device"), 1U);
 }
 
 // 504 drops, twenty minutes apart. On the third day an outage refuses eight connects; on the fifth
@@ -262,30 +264,30 @@ TEST(LteOutage, OfUnknownStateIsResetAfterElevenChecksWithoutARestart) {
 TEST(LteWeek, OfAFlappingLinkIsCountedToTheLastRestart) {
     World world("-E362");
     Carrier carrier(world);
-    world.Keep({rig::Kind::kLog, rig::Kind::kShell, rig::Kind::kUnlink});
-    world.modem().SetHeardLimit(0);
-    world.Every(20min, [&] { world.Control("drop-call"); });
-    world.At(48h + 5min, [&] { world.Control("connect-fails 14 3 8"); });
-    world.At(96h + 5min, [&] { world.WriteFile(kPppFile, "CM_ENABLE_INTERFACE=no\n"); });
-    world.At(97h + 5min, [&] { world.WriteFile(kPppFile, "CM_ENABLE_INTERFACE=yes\n"); });
+    world.trace.Keep({rig::Kind::kLog, rig::Kind::kShell, rig::Kind::kUnlink});
+    world.modem.Sim().SetHeardLimit(0);
+    world.clock.Every(20min, [&] { world.modem.Control("drop-call"); });
+    world.clock.At(48h + 5min, [&] { world.modem.Control("connect-fails 14 3 8"); });
+    world.clock.At(96h + 5min, [&] { world.files.Write(kPppFile, "CM_ENABLE_INTERFACE=no\n"); });
+    world.clock.At(97h + 5min, [&] { world.files.Write(kPppFile, "CM_ENABLE_INTERFACE=yes\n"); });
     world.Start();
     world.RunFor(7 * 24h + 10min);
 
     constexpr std::size_t kRestarts = 1 + (504 - 3) + 1 + 8;
-    EXPECT_EQ(world.CountLog(kRestarting), kRestarts);
-    EXPECT_EQ(world.ShellTimes(std::string("touch ") + kDialing).size(), kRestarts);
-    EXPECT_EQ(world.CountLog("Resetting udhcpc fail counter file"), kRestarts);
-    EXPECT_EQ(world.ShellTimes(kTerminateLine).size(), kRestarts + 1);  // once when disabled
-    EXPECT_EQ(world.ShellTimes(kStartLine).size(), kRestarts + 1);      // once for the service
+    EXPECT_EQ(world.trace.CountLog(kRestarting), kRestarts);
+    EXPECT_EQ(world.trace.ShellTimes(std::string("touch ") + kDialing).size(), kRestarts);
+    EXPECT_EQ(world.trace.CountLog("Resetting udhcpc fail counter file"), kRestarts);
+    EXPECT_EQ(world.trace.ShellTimes(kTerminateLine).size(), kRestarts + 1);  // once when disabled
+    EXPECT_EQ(world.trace.ShellTimes(kStartLine).size(), kRestarts + 1);  // once for the service
     EXPECT_EQ(CountRemovals(world, kDialing), 1U);
     EXPECT_EQ(CountRemovals(world, kNotDialing), 1U);
-    EXPECT_EQ(world.CountLog(kGaveUp), 1U);
-    EXPECT_EQ(world.CountLog("Resetting device"), 2U);
+    EXPECT_EQ(world.trace.CountLog(kGaveUp), 1U);
+    EXPECT_EQ(world.trace.CountLog("Resetting device"), 2U);
     EXPECT_EQ(CountRemovals(world, kResettingMarker), 1U);
-    EXPECT_FALSE(World::Exists(kResettingMarker));
-    EXPECT_TRUE(World::Exists(kDialing));
-    EXPECT_FALSE(World::Exists(kNotDialing));
-    EXPECT_EQ(world.CountLog("Warning: TX count on wwan0 not incrementing."), 0U);
+    EXPECT_FALSE(Files::Exists(kResettingMarker));
+    EXPECT_TRUE(Files::Exists(kDialing));
+    EXPECT_FALSE(Files::Exists(kNotDialing));
+    EXPECT_EQ(world.trace.CountLog("Warning: TX count on wwan0 not incrementing."), 0U);
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ bool IsDateLine(const std::string& line) {
 
 Lines DateLines(const World& world) {
     Lines lines;
-    for (const std::string& line : world.Shell()) {
+    for (const std::string& line : world.trace.Shell()) {
         if (IsDateLine(line)) lines.push_back(line);
     }
     return lines;
@@ -36,16 +36,16 @@ std::string Line(const std::string& text) {
 
 TEST(TowerTime, OfTheE362SetsTheClockOnTheFirstAnsweredPass) {
     World world("-E362");
-    world.modem().Answer("AT$NWLTIME", Line("2026.3.4.5.7.9"));
+    world.modem.Answer("AT$NWLTIME", Line("2026.3.4.5.7.9"));
     world.Start();
     world.RunFor(1min);
     EXPECT_EQ(DateLines(world), Lines{SetLocal("5:7:9 3/4/2026")});
-    EXPECT_EQ(world.CountLog("Syncing system time to 05:07:09 03/04/2026 (LOCAL)"), 1U);
+    EXPECT_EQ(world.trace.CountLog("Syncing system time to 05:07:09 03/04/2026 (LOCAL)"), 1U);
 }
 
 TEST(TowerTime, OfTheE371SetsTheClockToLocalTime) {
     World world("-E371");
-    world.modem().Answer("AT$CCLK?", Line("$CCLK: \"26/03/04,05:07:09-20\""));
+    world.modem.Answer("AT$CCLK?", Line("$CCLK: \"26/03/04,05:07:09-20\""));
     world.Start();
     world.RunFor(1min);
     EXPECT_EQ(DateLines(world), Lines{SetLocal("5:7:9 3/4/2026")});
@@ -53,45 +53,45 @@ TEST(TowerTime, OfTheE371SetsTheClockToLocalTime) {
 
 TEST(TowerTime, OfThe881SetsTheClockToUtc) {
     World world("-881");
-    world.modem().Answer("AT+CCLK?", Line("+CCLK: \"26/03/04,05:07:09+00\""));
+    world.modem.Answer("AT+CCLK?", Line("+CCLK: \"26/03/04,05:07:09+00\""));
     world.Start();
     world.RunFor(1min);
     EXPECT_EQ(DateLines(world), Lines{SetUtc("5:7:9 3/4/2026")});
-    world.ExpectLogInOrder(
+    world.trace.ExpectLogInOrder(
         {"Using UTC switch when setting date", "Syncing system time to 05:07:09 03/04/2026 (UTC)"});
-    EXPECT_TRUE(world.CommandsMatching("at!time").empty());
+    EXPECT_TRUE(world.trace.CommandsMatching("at!time").empty());
 }
 
 TEST(TowerTime, OfThe881FallsBackToTheClockOfTheModem) {
     World world("-881");
-    world.modem().Answer("AT+CCLK?", "\r\nERROR\r\n");
-    world.modem().Answer("at!time?", Line("!TIME:\r\n2026/03/04\r\n05:07:09 (local)"));
+    world.modem.Answer("AT+CCLK?", "\r\nERROR\r\n");
+    world.modem.Answer("at!time?", Line("!TIME:\r\n2026/03/04\r\n05:07:09 (local)"));
     world.Start();
     world.RunFor(1min);
     EXPECT_EQ(DateLines(world), Lines{SetLocal("5:7:9 3/4/2026")});
-    EXPECT_EQ(world.CountLog("Syncing system time to 05:07:09 03/04/2026 (LOCAL)"), 1U);
+    EXPECT_EQ(world.trace.CountLog("Syncing system time to 05:07:09 03/04/2026 (LOCAL)"), 1U);
 }
 
 TEST(TowerTime, OfThe881WithoutAnyClockIsAskedForEveryFourHours) {
     World world("-881");
-    world.modem().Answer("AT+CCLK?", "\r\nERROR\r\n");
-    world.modem().Answer("at!time?", "\r\nERROR\r\n");
+    world.modem.Answer("AT+CCLK?", "\r\nERROR\r\n");
+    world.modem.Answer("at!time?", "\r\nERROR\r\n");
     world.Start();
     world.RunFor(9h);
-    EXPECT_EQ(world.CountLog("Modem does not appear to support tower time command, "
-                             "cannot time sync"),
+    EXPECT_EQ(world.trace.CountLog("Modem does not appear to support tower time command, "
+                                   "cannot time sync"),
               3U);
     EXPECT_EQ(DateLines(world), Lines{});
 }
 
 TEST(TowerTime, OfThe881WithHalfAnAnswerIsAskedForAgainAfterFiveMinutes) {
     World world("-881");
-    world.modem().Answer("AT+CCLK?", "\r\nERROR\r\n");
-    world.modem().Answer("at!time?", Line("2026/03/04"));
+    world.modem.Answer("AT+CCLK?", "\r\nERROR\r\n");
+    world.modem.Answer("at!time?", Line("2026/03/04"));
     world.Start();
     world.RunFor(11min);
-    EXPECT_EQ(world.CountLog(kRetry), 3U);
-    EXPECT_EQ(world.CommandsMatching("at!time?").size(), 3U);
+    EXPECT_EQ(world.trace.CountLog(kRetry), 3U);
+    EXPECT_EQ(world.trace.CommandsMatching("at!time?").size(), 3U);
     EXPECT_EQ(DateLines(world), Lines{});
 }
 
@@ -99,12 +99,12 @@ TEST(TowerTime, OfThe881WithHalfAnAnswerIsAskedForAgainAfterFiveMinutes) {
 // Guards oddity fallback-year-whole.
 TEST(TowerTime, OfThe881DoesNotCompleteAShortYearOfTheFallback) {
     World world("-881");
-    world.modem().Answer("AT+CCLK?", "\r\nERROR\r\n");
-    world.modem().Answer("at!time?", Line("26/03/04\r\n05:07:09"));
+    world.modem.Answer("AT+CCLK?", "\r\nERROR\r\n");
+    world.modem.Answer("at!time?", Line("26/03/04\r\n05:07:09"));
     world.Start();
     world.RunFor(30min);
-    EXPECT_EQ(world.CountLog("Time from tower does not look valid: 05:07:09 03/04/26"), 1U);
-    EXPECT_EQ(world.CommandsMatching("at!time?").size(), 1U);
+    EXPECT_EQ(world.trace.CountLog("Time from tower does not look valid: 05:07:09 03/04/26"), 1U);
+    EXPECT_EQ(world.trace.CommandsMatching("at!time?").size(), 1U);
     EXPECT_EQ(DateLines(world), Lines{});
 }
 
@@ -114,17 +114,17 @@ TEST(TowerTime, OfOtherCardsIsRefusedEveryFourHours) {
         World world(card);
         world.Start();
         world.RunFor(4h + 1min);
-        EXPECT_EQ(world.CountLog("Cannot sync to tower time, unsupported modem"), 2U);
+        EXPECT_EQ(world.trace.CountLog("Cannot sync to tower time, unsupported modem"), 2U);
         EXPECT_EQ(DateLines(world), Lines{});
     }
 }
 
 TEST(TowerTime, IsTakenOverEveryFourHours) {
     World world("-E362");
-    world.modem().Answer("AT$NWLTIME", Line("2026.3.4.5.7.9"));
+    world.modem.Answer("AT$NWLTIME", Line("2026.3.4.5.7.9"));
     world.Start();
     world.RunFor(13h);
-    const auto asked = world.CommandTimes("AT$NWLTIME");
+    const auto asked = world.trace.CommandTimes("AT$NWLTIME");
     ASSERT_EQ(asked.size(), 4U);
     for (std::size_t i = 1; i < asked.size(); ++i) {
         EXPECT_GE(asked[i] - asked[i - 1], 4h);
@@ -134,72 +134,73 @@ TEST(TowerTime, IsTakenOverEveryFourHours) {
 
 TEST(TowerTime, ThatIsWrongIsAskedForAgainAfterFiveMinutes) {
     World world("-E362");
-    world.modem().Answer("AT$NWLTIME", Line("2026.13.4.5.7.9"));
+    world.modem.Answer("AT$NWLTIME", Line("2026.13.4.5.7.9"));
     world.Start();
     world.RunFor(32min);
-    const auto asked = world.CommandTimes("AT$NWLTIME");
+    const auto asked = world.trace.CommandTimes("AT$NWLTIME");
     ASSERT_EQ(asked.size(), 7U);
     for (std::size_t i = 1; i < asked.size(); ++i) {
         EXPECT_GE(asked[i] - asked[i - 1], 5min);
         EXPECT_LE(asked[i] - asked[i - 1], 5min + 30s);
     }
-    EXPECT_EQ(world.CountLog("Got BAD tower time: 2026.13.4.5.7.9\r"), 7U);
-    EXPECT_EQ(world.CountLog(kRetry), 7U);
+    EXPECT_EQ(world.trace.CountLog("Got BAD tower time: 2026.13.4.5.7.9\r"), 7U);
+    EXPECT_EQ(world.trace.CountLog(kRetry), 7U);
 
     // Good again: from now on every four hours.
-    world.modem().Answer("AT$NWLTIME", Line("2026.3.4.5.7.9"));
-    world.ClearTrace();
+    world.modem.Answer("AT$NWLTIME", Line("2026.3.4.5.7.9"));
+    world.trace.Clear();
     world.RunFor(4h);
-    EXPECT_EQ(world.CommandTimes("AT$NWLTIME").size(), 1U);
+    EXPECT_EQ(world.trace.CommandTimes("AT$NWLTIME").size(), 1U);
     EXPECT_EQ(DateLines(world), Lines{SetLocal("5:7:9 3/4/2026")});
 }
 
 // No answer leaves the period as it was, here the five minutes of the bad answer before.
 TEST(TowerTime, WithoutAnAnswerKeepsThePeriodInForce) {
     World world("-E371");
-    world.modem().Answer("AT$CCLK?", "");
+    world.modem.Answer("AT$CCLK?", "");
     world.Start();
     world.RunFor(5h);
-    EXPECT_EQ(world.CommandTimes("AT$CCLK?").size(), 2U);
-    EXPECT_EQ(world.CountLog("Time from tower does not look valid: 00:00:00 00/00/0"), 2U);
+    EXPECT_EQ(world.trace.CommandTimes("AT$CCLK?").size(), 2U);
+    EXPECT_EQ(world.trace.CountLog("Time from tower does not look valid: 00:00:00 00/00/0"), 2U);
 
-    world.modem().Answer("AT$CCLK?", Line("$CCLK: \"11/03/04,05:07:09\""));
+    world.modem.Answer("AT$CCLK?", Line("$CCLK: \"11/03/04,05:07:09\""));
     ASSERT_TRUE(world.RunUntilLog(kRetry, 5h));
-    world.modem().Answer("AT$CCLK?", "");
-    world.ClearTrace();
+    world.modem.Answer("AT$CCLK?", "");
+    world.trace.Clear();
     world.RunFor(31min);
-    EXPECT_EQ(world.CountLog("Time from tower does not look valid: 00:00:00 00/00/0"), 6U);
+    EXPECT_EQ(world.trace.CountLog("Time from tower does not look valid: 00:00:00 00/00/0"), 6U);
 }
 
 TEST(TowerTime, OfYear2011IsRefusedAndRetried) {
     World world("-881");
-    world.modem().Answer("AT+CCLK?", Line("+CCLK: \"11/12/31,23:59:59+00\""));
+    world.modem.Answer("AT+CCLK?", Line("+CCLK: \"11/12/31,23:59:59+00\""));
     world.Start();
     world.RunFor(1min);
     EXPECT_EQ(DateLines(world), Lines{});
-    world.ExpectLogInOrder({"Time from tower does not look valid: 23:59:59 12/31/2011", kRetry});
+    world.trace.ExpectLogInOrder(
+        {"Time from tower does not look valid: 23:59:59 12/31/2011", kRetry});
 }
 
 TEST(TowerTime, IsNotAskedForWhileSwitchedOff) {
     World world("-E362");
-    world.WriteFile(kProvisioningFile, "SYNC_TIME=no\n");
+    world.files.Write(kProvisioningFile, "SYNC_TIME=no\n");
     world.Start();
     world.RunFor(5h);
-    EXPECT_TRUE(world.CommandsMatching("AT$NWLTIME").empty());
+    EXPECT_TRUE(world.trace.CommandsMatching("AT$NWLTIME").empty());
     EXPECT_EQ(DateLines(world), Lines{});
 }
 
 TEST(TowerTime, SwitchedOnIsTakenOverAtOnce) {
     World world("-E362");
-    world.WriteFile(kProvisioningFile, "SYNC_TIME=no\n");
-    world.modem().Answer("AT$NWLTIME", Line("2026.3.4.5.7.9"));
+    world.files.Write(kProvisioningFile, "SYNC_TIME=no\n");
+    world.modem.Answer("AT$NWLTIME", Line("2026.3.4.5.7.9"));
     world.Start();
     world.RunFor(10min);
-    world.WriteFile(kProvisioningFile, "SYNC_TIME=yes\n");
+    world.files.Write(kProvisioningFile, "SYNC_TIME=yes\n");
     world.RunFor(1min);
     EXPECT_EQ(DateLines(world), Lines{SetLocal("5:7:9 3/4/2026")});
-    EXPECT_EQ(world.CountLog("SYNC_TIME config option is YES.  Time sync will attempt every "
-                             "4 hours"),
+    EXPECT_EQ(world.trace.CountLog("SYNC_TIME config option is YES.  Time sync will attempt every "
+                                   "4 hours"),
               1U);
 }
 
@@ -212,16 +213,16 @@ TEST(ClockJump, BackwardsMakesTheTimersExpireOnce) {
     world.RunFor(5min);
     world.RunUntilCommand(kStatusCommand, 2min);
     world.RunFor(10s);
-    world.ClearTrace();
-    world.JumpClock(-24h);
+    world.trace.Clear();
+    world.clock.Jump(-24h);
     world.RunFor(20s);
-    EXPECT_EQ(world.CommandTimes(kStatusCommand).size(), 1U);
-    EXPECT_EQ(world.ShellTimes(kPingLine).size(), 1U);
-    EXPECT_EQ(world.CountLog(kRestarting), 0U);
+    EXPECT_EQ(world.trace.CommandTimes(kStatusCommand).size(), 1U);
+    EXPECT_EQ(world.trace.ShellTimes(kPingLine).size(), 1U);
+    EXPECT_EQ(world.trace.CountLog(kRestarting), 0U);
 
-    world.ClearTrace();
+    world.trace.Clear();
     world.RunFor(9min);
-    EXPECT_EQ(world.ShellTimes(kPingLine).size(), 0U);
+    EXPECT_EQ(world.trace.ShellTimes(kPingLine).size(), 0U);
 }
 
 TEST(ClockJump, ForwardsEndsTheTimersThatAreShorter) {
@@ -231,18 +232,18 @@ TEST(ClockJump, ForwardsEndsTheTimersThatAreShorter) {
     world.RunFor(3min);
     world.RunUntilCommand(kStatusCommand, 2min);
     world.RunFor(10s);
-    world.ClearTrace();
-    world.JumpClock(5min);
+    world.trace.Clear();
+    world.clock.Jump(5min);
     world.RunFor(20s);
-    EXPECT_EQ(world.CommandTimes(kStatusCommand).size(), 1U);
-    EXPECT_EQ(world.ShellTimes(kPingLine).size(), 0U);  // ten minutes are not over yet
+    EXPECT_EQ(world.trace.CommandTimes(kStatusCommand).size(), 1U);
+    EXPECT_EQ(world.trace.ShellTimes(kPingLine).size(), 0U);  // ten minutes are not over yet
 }
 
 TEST(ClockJump, ByTheDaemonsOwnDateCommandDoesNotMakeItAskAgain) {
     World world("-E362");
-    world.modem().Answer("AT$NWLTIME", Line("2020.3.4.5.7.9"));
-    world.OnShell("/bin/date", [&world](const std::string&) {
-        world.JumpClock(-6 * 365 * 24h);
+    world.modem.Answer("AT$NWLTIME", Line("2020.3.4.5.7.9"));
+    world.router.OnShell("/bin/date", [&world](const std::string&) {
+        world.clock.Jump(-6 * 365 * 24h);
         return 0;
     });
     world.Start();

@@ -10,6 +10,7 @@
 namespace {
 
 using namespace std::chrono_literals;
+using rig::Files;
 using rig::World;
 using testing::Contains;
 using testing::HasSubstr;
@@ -28,7 +29,7 @@ std::string LastOf(const Lines& lines) {
 // Lines of the log that speak of the PPP file.
 Lines ConfigLog(const World& world) {
     Lines lines;
-    for (const std::string& line : world.Log()) {
+    for (const std::string& line : world.trace.Log()) {
         for (const char* start : {"Note: Config", "Error:  The APN", "Config option",
                                   "Setting Context 3", "DEBUG:  ReadPppConfigFile"}) {
             if (line.rfind(start, 0) == 0) lines.push_back(line);
@@ -54,7 +55,7 @@ class ApnLine : public testing::TestWithParam<ApnRow> {};
 
 TEST_P(ApnLine, IsTakenAsTheTableSays) {
     World world("-E362");
-    world.WriteFile(kPpp, GetParam().line + "\n");
+    world.files.Write(kPpp, GetParam().line + "\n");
     world.Start();
     world.RunFor(60s);
     EXPECT_EQ(ConfigLog(world), GetParam().expected);
@@ -90,7 +91,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(PppFile, ItsLastCharacterIsDoubledWithoutALineEnd) {
     World world("-E362");
-    world.WriteFile(kPpp, "CM_APN=internet");
+    world.files.Write(kPpp, "CM_APN=internet");
     world.Start();
     world.RunFor(30s);
     EXPECT_EQ(ConfigLog(world), Lines{"Setting Context 3 APN to 'internett'"});
@@ -115,11 +116,11 @@ TEST(PppFile, SwitchesTheInterfaceOffForNoOnly) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.value);
         World world("-E371");
-        world.WriteFile(kPpp, std::string("CM_ENABLE_INTERFACE=") + row.value + "\n");
+        world.files.Write(kPpp, std::string("CM_ENABLE_INTERFACE=") + row.value + "\n");
         world.Start();
         world.RunFor(60s);
         EXPECT_EQ(ConfigLog(world), Lines{row.message});
-        EXPECT_EQ(World::Exists("/var/log/wirelessdial_notdialing"), !row.enabled);
+        EXPECT_EQ(Files::Exists("/var/log/wirelessdial_notdialing"), !row.enabled);
     }
 }
 
@@ -140,11 +141,11 @@ TEST(PppFile, SwitchesTheDefaultRouteOffForNoOnly) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.value);
         World world("-E371");
-        world.WriteFile(kPpp, std::string("CM_DEFAULTROUTE=") + row.value + "\n");
+        world.files.Write(kPpp, std::string("CM_DEFAULTROUTE=") + row.value + "\n");
         world.Start();
         world.RunFor(90s);
         EXPECT_EQ(ConfigLog(world), Lines{row.message});
-        EXPECT_THAT(world.Shell(),
+        EXPECT_THAT(world.trace.Shell(),
                     Contains(row.has_route ? "udhcpc -T 3 -S -b -i wwan0 &> /dev/null"
                                            : "udhcpc -T 3 -S -b -i wwan0 -G  &> /dev/null"));
     }
@@ -154,8 +155,8 @@ TEST(PppFile, SwitchesTheDefaultRouteOffForNoOnly) {
 // Guards oddity missing-entry-is-apn.
 TEST(PppFile, TellsEachMissingKeyAtADebugLevel) {
     World world("-d");
-    world.WriteFile(kProvision, "DEBUG_MODE=-1\n");
-    world.WriteFile(kPpp, "OTHER=1\n");
+    world.files.Write(kProvision, "DEBUG_MODE=-1\n");
+    world.files.Write(kPpp, "OTHER=1\n");
     world.Start();
     world.RunFor(10s);
     EXPECT_EQ(ConfigLog(world), (Lines{kMissing, kMissing, kMissing}));
@@ -163,14 +164,14 @@ TEST(PppFile, TellsEachMissingKeyAtADebugLevel) {
 
 TEST(PppFile, IsReadAgainWhenItsTimeChangesAndOnlyThen) {
     World world("-E362");
-    world.WriteFile(kPpp, "CM_APN=one\n");
+    world.files.Write(kPpp, "CM_APN=one\n");
     world.Start();
     world.RunFor(120s);
     EXPECT_EQ(ConfigLog(world), Lines{"Setting Context 3 APN to 'one'"});
-    world.WriteFile(kPpp, "CM_APN=two\n");
+    world.files.Write(kPpp, "CM_APN=two\n");
     world.RunFor(60s);
     EXPECT_EQ(LastOf(ConfigLog(world)), "Setting Context 3 APN to 'two'");
-    world.Touch(kPpp);
+    world.files.Touch(kPpp);
     world.RunFor(60s);
     EXPECT_EQ(ConfigLog(world),
               (Lines{"Setting Context 3 APN to 'one'", "Setting Context 3 APN to 'two'",
@@ -179,15 +180,15 @@ TEST(PppFile, IsReadAgainWhenItsTimeChangesAndOnlyThen) {
 
 TEST(PppFile, IsReadFirstInEveryPassThoughTheModemIsSilent) {
     World world("-E362");
-    world.WriteFile(kPpp, "CM_APN=one\n");
-    world.modem().Answer("AT+CSQ", "");
+    world.files.Write(kPpp, "CM_APN=one\n");
+    world.modem.Answer("AT+CSQ", "");
     world.Start();
     world.RunFor(60s);
-    const Lines commands = world.Commands();
+    const Lines commands = world.trace.Commands();
     const auto apn = std::find(commands.begin(), commands.end(), "AT+CGDCONT=3,\"ipv4v6\",\"one\"");
     const auto query = std::find(commands.begin(), commands.end(), "at$qcsimstat?");
     EXPECT_LT(apn, query);
-    world.WriteFile(kPpp, "CM_APN=two\n");
+    world.files.Write(kPpp, "CM_APN=two\n");
     world.RunFor(20s);
     EXPECT_EQ(LastOf(ConfigLog(world)), "Setting Context 3 APN to 'two'");
 }
@@ -196,59 +197,60 @@ TEST(ProvisioningFile, IsNotReadWhileTheModemIsSilent) {
     World world("-E362");
     world.Start();
     world.RunFor(30s);
-    world.modem().Answer("AT+CSQ", "");
+    world.modem.Answer("AT+CSQ", "");
     world.RunFor(10s);
-    world.WriteFile(kProvision, "DEBUG_MODE=1\n");
+    world.files.Write(kProvision, "DEBUG_MODE=1\n");
     world.RunFor(60s);
-    world.ExpectNoLog("DEBUG_MODE set to 1");
-    world.modem().Forget("AT+CSQ");
+    world.trace.ExpectNoLog("DEBUG_MODE set to 1");
+    world.modem.Forget("AT+CSQ");
     world.RunFor(20s);
-    EXPECT_EQ(world.CountLog("DEBUG_MODE set to 1"), 1u);
+    EXPECT_EQ(world.trace.CountLog("DEBUG_MODE set to 1"), 1u);
 }
 
 TEST(PppFile, AChangeWithinTheSameSecondIsNotSeen) {
     World world("-E362");
     world.Start();
     world.RunFor(100200ms);
-    world.WriteFile(kPpp, "CM_APN=one\n");
+    world.files.Write(kPpp, "CM_APN=one\n");
     ASSERT_TRUE(world.RunUntilLog("Setting Context 3 APN to 'one'", 30s));
-    world.WriteFile(kPpp, "CM_APN=two\n");
-    world.SetAge(kPpp, world.Now() - 100700ms);  // written half a second behind the first
+    world.files.Write(kPpp, "CM_APN=two\n");
+    world.files.SetAge(kPpp,
+                       world.clock.Now() - 100700ms);  // written half a second behind the first
     world.RunFor(60s);
     EXPECT_EQ(ConfigLog(world), Lines{"Setting Context 3 APN to 'one'"});
-    world.SetAge(kPpp, world.Now());  // an older time is a change, too
+    world.files.SetAge(kPpp, world.clock.Now());  // an older time is a change, too
     world.RunFor(60s);
     EXPECT_EQ(LastOf(ConfigLog(world)), "Setting Context 3 APN to 'two'");
 }
 
 TEST(PppFile, ThatGoesKeepsItsValuesAndIsReadWhenItComesBack) {
     World world("-E362");
-    world.WriteFile(kPpp, "CM_ENABLE_INTERFACE=no\n");
+    world.files.Write(kPpp, "CM_ENABLE_INTERFACE=no\n");
     world.Start();
     world.RunFor(60s);
-    World::RemoveFile(kPpp);
-    world.ClearTrace();
+    Files::Remove(kPpp);
+    world.trace.Clear();
     world.RunFor(60s);
     EXPECT_TRUE(ConfigLog(world).empty());
-    EXPECT_TRUE(World::Exists("/var/log/wirelessdial_notdialing"));
-    world.WriteFile(kPpp, "CM_ENABLE_INTERFACE=yes\n");
+    EXPECT_TRUE(Files::Exists("/var/log/wirelessdial_notdialing"));
+    world.files.Write(kPpp, "CM_ENABLE_INTERFACE=yes\n");
     world.RunFor(120s);
     EXPECT_EQ(ConfigLog(world), Lines{"Config option CM_ENABLE_INTERFACE is 'yes'"});
-    EXPECT_FALSE(World::Exists("/var/log/wirelessdial_notdialing"));
+    EXPECT_FALSE(Files::Exists("/var/log/wirelessdial_notdialing"));
 }
 
 TEST(PppFile, OfRubbishOrOfGreatSizeDoesNoHarm) {
     World world("-E362 -d");
     std::string rubbish;
     for (int i = 0; i < 20000; ++i) rubbish += static_cast<char>(i * 7919 >> 3);
-    world.WriteFile(kPpp, rubbish);
-    world.WriteFile(kProvision, rubbish);
+    world.files.Write(kPpp, rubbish);
+    world.files.Write(kProvision, rubbish);
     world.Start();
     world.RunFor(30s);
-    world.WriteFile(kPpp, "CM_APN=good\n" + std::string(8 << 20, 'x'));
+    world.files.Write(kPpp, "CM_APN=good\n" + std::string(8 << 20, 'x'));
     world.RunFor(30s);
     EXPECT_EQ(ConfigLog(world).at(0), "Setting Context 3 APN to 'good'");
-    world.Signal(SIGTERM);
+    world.daemon.Signal(SIGTERM);
     EXPECT_EQ(world.RunToExit(60s), 0);
 }
 
@@ -256,17 +258,17 @@ TEST(ProvisioningFile, ThatIsMissingTurnsTheTimeSyncOn) {
     World world("-881");
     world.Start();
     world.RunFor(60s);
-    EXPECT_EQ(world.CommandTimes("AT+CCLK?").size(), 1u);
+    EXPECT_EQ(world.trace.CommandTimes("AT+CCLK?").size(), 1u);
 }
 
 TEST(ProvisioningFile, WithoutSyncTimeTurnsItOff) {
     for (const char* text : {"SYNC_TIME=no\n", "DEBUG_MODE=0\n", "SYNC_TIME=\n", "SYNC_TIME=1\n"}) {
         SCOPED_TRACE(text);
         World world("-881");
-        world.WriteFile(kProvision, text);
+        world.files.Write(kProvision, text);
         world.Start();
         world.RunFor(60s);
-        EXPECT_EQ(world.CommandTimes("AT+CCLK?").size(), 0u);
+        EXPECT_EQ(world.trace.CommandTimes("AT+CCLK?").size(), 0u);
     }
 }
 
@@ -274,29 +276,29 @@ TEST(ProvisioningFile, SyncTimeAloneQuietsTheLogAndSynchronisesAtOnce) {
     World world("-881 -d -d");
     world.Start();
     world.RunFor(100s);
-    ASSERT_EQ(world.CommandTimes("AT+CCLK?").size(), 1u);
-    world.ClearTrace();
-    world.WriteFile(kProvision, "SYNC_TIME = YES \n");
+    ASSERT_EQ(world.trace.CommandTimes("AT+CCLK?").size(), 1u);
+    world.trace.Clear();
+    world.files.Write(kProvision, "SYNC_TIME = YES \n");
     ASSERT_TRUE(world.RunUntilLog(
         "SYNC_TIME config option is YES.  Time sync will attempt every 4 hours", 60s));
     world.RunFor(30s);
-    EXPECT_EQ(world.CommandTimes("AT+CCLK?").size(), 1u);
-    world.ClearTrace();
+    EXPECT_EQ(world.trace.CommandTimes("AT+CCLK?").size(), 1u);
+    world.trace.Clear();
     world.RunFor(60s);
-    world.ExpectNoLog("Sending command");
+    world.trace.ExpectNoLog("Sending command");
 }
 
 TEST(ProvisioningFile, ThatGoesTurnsTheTimeSyncOnAndKeepsTheDebugLevel) {
     World world("-881");
-    world.WriteFile(kProvision, "DEBUG_MODE=1\n");
+    world.files.Write(kProvision, "DEBUG_MODE=1\n");
     world.Start();
     world.RunFor(30s);
-    EXPECT_EQ(world.CommandTimes("AT+CCLK?").size(), 0u);
-    World::RemoveFile(kProvision);
-    world.JumpClock(5h);  // the time is asked for when its timer has expired, not at once
+    EXPECT_EQ(world.trace.CommandTimes("AT+CCLK?").size(), 0u);
+    Files::Remove(kProvision);
+    world.clock.Jump(5h);  // the time is asked for when its timer has expired, not at once
     world.RunFor(60s);
-    EXPECT_EQ(world.CommandTimes("AT+CCLK?").size(), 1u);
-    EXPECT_GT(world.CountLogContaining("Sending command: AT+CCLK?"), 0u);
+    EXPECT_EQ(world.trace.CommandTimes("AT+CCLK?").size(), 1u);
+    EXPECT_GT(world.trace.CountLogContaining("Sending command: AT+CCLK?"), 0u);
 }
 
 struct DebugRow {
@@ -310,15 +312,15 @@ class DebugMode : public testing::TestWithParam<DebugRow> {};
 
 TEST_P(DebugMode, IsTakenAsTheTableSays) {
     World world("-d -d");
-    world.WriteFile(kProvision, std::string("DEBUG_MODE=") + GetParam().value + "\n");
+    world.files.Write(kProvision, std::string("DEBUG_MODE=") + GetParam().value + "\n");
     world.Start();
     world.RunFor(20s);
     if (GetParam().message != nullptr) {
-        EXPECT_EQ(world.CountLog(GetParam().message), 1u);
+        EXPECT_EQ(world.trace.CountLog(GetParam().message), 1u);
     } else {
-        world.ExpectNoLog("DEBUG_MODE set to");
+        world.trace.ExpectNoLog("DEBUG_MODE set to");
     }
-    EXPECT_EQ(world.CountLog("Sending command: AT+CSQ") > 0, GetParam().speaks);
+    EXPECT_EQ(world.trace.CountLog("Sending command: AT+CSQ") > 0, GetParam().speaks);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -335,13 +337,13 @@ INSTANTIATE_TEST_SUITE_P(
 // A level of -1 is "non-zero" but not "above 0", so it speaks and yet traces nothing.
 TEST(ProvisioningFile, ANegativeLevelSpeaksButTracesNothing) {
     World world("-881");
-    world.WriteFile(kProvision, "DEBUG_MODE=-1\n");
+    world.files.Write(kProvision, "DEBUG_MODE=-1\n");
     world.Start();
     world.RunFor(60s);
-    EXPECT_GT(world.CountLog("Sending command: AT+CSQ"), 0u);
-    world.ExpectNoLog("DEBUG: returning string class");
-    world.ExpectNoLog("Massaged packet");
-    world.ExpectNoLog("Queue Size");  // of the message gateway: above 0
+    EXPECT_GT(world.trace.CountLog("Sending command: AT+CSQ"), 0u);
+    world.trace.ExpectNoLog("DEBUG: returning string class");
+    world.trace.ExpectNoLog("Massaged packet");
+    world.trace.ExpectNoLog("Queue Size");  // of the message gateway: above 0
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 namespace {
 
 using namespace std::chrono_literals;
+using rig::Files;
 using rig::World;
 using Lines = std::vector<std::string>;
 
@@ -20,10 +21,10 @@ class ResetRule : public testing::Test {
   protected:
     // Writes the count and gives the daemon two passes to find it.
     static void Count(World& world, const std::string& text) {
-        world.WriteFile(kStatus, "PPP_WIRELESS_ERROR_COUNTER=" + text + "\n");
+        world.files.Write(kStatus, "PPP_WIRELESS_ERROR_COUNTER=" + text + "\n");
         world.RunFor(8s);
     }
-    static std::size_t Resets(const World& world) { return world.ShellTimes(kReset).size(); }
+    static std::size_t Resets(const World& world) { return world.trace.ShellTimes(kReset).size(); }
 };
 
 TEST_F(ResetRule, EightResetsNineOnlyRemovesTheMarkerSixteenResetsAgain) {
@@ -32,15 +33,15 @@ TEST_F(ResetRule, EightResetsNineOnlyRemovesTheMarkerSixteenResetsAgain) {
     world.RunFor(10s);
     Count(world, "8");
     EXPECT_EQ(Resets(world), 1u);
-    EXPECT_TRUE(World::Exists(kMarker));
-    EXPECT_EQ(World::File(kMarker), "");
+    EXPECT_TRUE(Files::Exists(kMarker));
+    EXPECT_EQ(Files::Read(kMarker), "");
     Count(world, "9");
     EXPECT_EQ(Resets(world), 1u);
-    EXPECT_FALSE(World::Exists(kMarker));
+    EXPECT_FALSE(Files::Exists(kMarker));
     Count(world, "16");
     EXPECT_EQ(Resets(world), 2u);
-    EXPECT_TRUE(World::Exists(kMarker));
-    EXPECT_EQ(world.CountLog("Resetting device"), 2u);
+    EXPECT_TRUE(Files::Exists(kMarker));
+    EXPECT_EQ(world.trace.CountLog("Resetting device"), 2u);
 }
 
 TEST_F(ResetRule, TheSameCountDoesNothingTheSecondTime) {
@@ -48,10 +49,10 @@ TEST_F(ResetRule, TheSameCountDoesNothingTheSecondTime) {
     world.Start();
     world.RunFor(10s);
     Count(world, "8");
-    World::RemoveFile(kMarker);
+    Files::Remove(kMarker);
     world.RunFor(120s);
     EXPECT_EQ(Resets(world), 1u);
-    EXPECT_FALSE(World::Exists(kMarker));
+    EXPECT_FALSE(Files::Exists(kMarker));
 }
 
 TEST_F(ResetRule, TheMarkerSwallowsAMultipleOfEight) {
@@ -61,19 +62,19 @@ TEST_F(ResetRule, TheMarkerSwallowsAMultipleOfEight) {
     Count(world, "8");
     Count(world, "16");
     EXPECT_EQ(Resets(world), 1u);
-    EXPECT_FALSE(World::Exists(kMarker));
+    EXPECT_FALSE(Files::Exists(kMarker));
     Count(world, "24");
     EXPECT_EQ(Resets(world), 2u);
 }
 
 TEST_F(ResetRule, AMarkerOfAnEarlierRunCounts) {
     World world;
-    world.WriteFile(kMarker, "");
-    world.WriteFile(kStatus, "PPP_WIRELESS_ERROR_COUNTER=8\n");
+    world.files.Write(kMarker, "");
+    world.files.Write(kStatus, "PPP_WIRELESS_ERROR_COUNTER=8\n");
     world.Start();
     world.RunFor(30s);
     EXPECT_EQ(Resets(world), 0u);
-    EXPECT_FALSE(World::Exists(kMarker));
+    EXPECT_FALSE(Files::Exists(kMarker));
 }
 
 TEST_F(ResetRule, ZeroForgetsTheLastCount) {
@@ -81,7 +82,7 @@ TEST_F(ResetRule, ZeroForgetsTheLastCount) {
     world.Start();
     world.RunFor(10s);
     Count(world, "8");
-    World::RemoveFile(kMarker);
+    Files::Remove(kMarker);
     Count(world, "0");
     Count(world, "8");
     EXPECT_EQ(Resets(world), 2u);
@@ -95,7 +96,7 @@ TEST_F(ResetRule, OtherCountsDoNothing) {
         SCOPED_TRACE(text);
         Count(world, text);
         EXPECT_EQ(Resets(world), 0u);
-        EXPECT_FALSE(World::Exists(kMarker));
+        EXPECT_FALSE(Files::Exists(kMarker));
     }
 }
 
@@ -103,11 +104,11 @@ TEST_F(ResetRule, RubbishInTheStatusFileIsNoCount) {
     World world;
     std::string rubbish;
     for (int i = 0; i < 200000; ++i) rubbish += static_cast<char>(i * 7919 >> 3);
-    world.WriteFile(kStatus, rubbish);
+    world.files.Write(kStatus, rubbish);
     world.Start();
     world.RunFor(30s);
     EXPECT_EQ(Resets(world), 0u);
-    EXPECT_TRUE(world.Running());
+    EXPECT_TRUE(world.daemon.Running());
 }
 
 TEST_F(ResetRule, ALinkPlantedAsTheMarkerIsNotFollowed) {
@@ -116,22 +117,22 @@ TEST_F(ResetRule, ALinkPlantedAsTheMarkerIsNotFollowed) {
     world.Start();
     world.RunFor(10s);
     Count(world, "8");
-    EXPECT_FALSE(World::Exists("/tmp/victim"));
-    World::RemoveFile(kMarker);
+    EXPECT_FALSE(Files::Exists("/tmp/victim"));
+    Files::Remove(kMarker);
 }
 
 TEST(ErrorChecks, BelowTheCutoffOnlyTheUptimeIsRead) {
     World world("-d -d -d");
-    world.SetUptime(500s);
-    world.WriteFile(kStatus, "PPP_WIRELESS_ERROR_COUNTER=8\n");
+    world.router.SetUptime(500s);
+    world.files.Write(kStatus, "PPP_WIRELESS_ERROR_COUNTER=8\n");
     world.Start();
     world.RunFor(90s);
-    EXPECT_GT(world.CountLogContaining("Uptime current: 5"), 10u);
-    world.ExpectNoLog("checking PPP errors");
-    EXPECT_EQ(world.ShellTimes(kReset).size(), 0u);
+    EXPECT_GT(world.trace.CountLogContaining("Uptime current: 5"), 10u);
+    world.trace.ExpectNoLog("checking PPP errors");
+    EXPECT_EQ(world.trace.ShellTimes(kReset).size(), 0u);
     world.RunFor(30s);  // 600 s have come
-    EXPECT_EQ(world.CountLog("Uptime > 600, checking PPP errors") > 0, true);
-    EXPECT_EQ(world.ShellTimes(kReset).size(), 1u);
+    EXPECT_EQ(world.trace.CountLog("Uptime > 600, checking PPP errors") > 0, true);
+    EXPECT_EQ(world.trace.ShellTimes(kReset).size(), 1u);
 }
 
 TEST(ErrorChecks, SayWhatTheyDoByLevel) {
@@ -144,53 +145,53 @@ TEST(ErrorChecks, SayWhatTheyDoByLevel) {
                            Row{"2", true, true}}) {
         SCOPED_TRACE(row.level);
         World world;
-        world.WriteFile("/etc/kvt/wireless/cellmodem_provision_data.conf",
-                        std::string("DEBUG_MODE=") + row.level + "\n");
-        world.WriteFile(kStatus, "PPP_WIRELESS_ERROR_COUNTER=1\n");
+        world.files.Write("/etc/kvt/wireless/cellmodem_provision_data.conf",
+                          std::string("DEBUG_MODE=") + row.level + "\n");
+        world.files.Write(kStatus, "PPP_WIRELESS_ERROR_COUNTER=1\n");
         world.Start();
         world.RunFor(15s);
-        EXPECT_EQ(world.CountLogContaining("Uptime current: 36") > 0, row.debug);
-        EXPECT_EQ(world.CountLog("Uptime > 600, checking PPP errors") > 0, row.debug);
-        EXPECT_EQ(world.CountLog("DEBUG: Read in 1 PPP Wireless error from file "
-                                 "/var/log/kvtinit.status") > 0,
+        EXPECT_EQ(world.trace.CountLogContaining("Uptime current: 36") > 0, row.debug);
+        EXPECT_EQ(world.trace.CountLog("Uptime > 600, checking PPP errors") > 0, row.debug);
+        EXPECT_EQ(world.trace.CountLog("DEBUG: Read in 1 PPP Wireless error from file "
+                                       "/var/log/kvtinit.status") > 0,
                   row.above_one);
     }
 }
 
 TEST(ErrorChecks, CountInThePluralUnlessThereIsOne) {
     World world("-d -d");
-    world.WriteFile(kStatus, "PPP_WIRELESS_ERROR_COUNTER=2\n");
+    world.files.Write(kStatus, "PPP_WIRELESS_ERROR_COUNTER=2\n");
     world.Start();
     world.RunFor(15s);
-    World::RemoveFile(kStatus);
+    Files::Remove(kStatus);
     world.RunFor(15s);
-    world.ExpectLogInOrder(
+    world.trace.ExpectLogInOrder(
         {"DEBUG: Read in 2 PPP Wireless errors from file /var/log/kvtinit.status",
          "DEBUG: Read in 0 PPP Wireless errors from file /var/log/kvtinit.status"});
 }
 
 TEST(ErrorChecks, AnUptimeThatCannotBeReadCountsAsLongEnough) {
     World world("-d");
-    world.RemoveUptime();
-    world.WriteFile(kStatus, "PPP_WIRELESS_ERROR_COUNTER=8\n");
+    world.router.RemoveUptime();
+    world.files.Write(kStatus, "PPP_WIRELESS_ERROR_COUNTER=8\n");
     world.Start();
     world.RunFor(15s);
-    world.ExpectLogInOrder({"Unable to open /proc/uptime",
-                            "Uptime current: 601.000000, uptime cutoff is 600",
-                            "Uptime > 600, checking PPP errors", "Resetting device"});
+    world.trace.ExpectLogInOrder({"Unable to open /proc/uptime",
+                                  "Uptime current: 601.000000, uptime cutoff is 600",
+                                  "Uptime > 600, checking PPP errors", "Resetting device"});
 }
 
 TEST(ErrorChecks, TheLteCardsLookAtTheirOwnCounts) {
     for (const char* card : {"-E362", "-E371"}) {
         SCOPED_TRACE(card);
         World world(std::string(card) + " -d");
-        world.SetAddress("10.1.2.3");
-        world.WriteFile(kStatus, "PPP_WIRELESS_ERROR_COUNTER=8\n");
+        world.router.SetAddress("10.1.2.3");
+        world.files.Write(kStatus, "PPP_WIRELESS_ERROR_COUNTER=8\n");
         world.Start();
         world.RunFor(60s);
-        EXPECT_GT(world.CountLog("Uptime > 600, checking LTE connection errors"), 0u);
-        world.ExpectNoLog("checking PPP errors");
-        EXPECT_EQ(world.ShellTimes(kReset).size(), 0u);
+        EXPECT_GT(world.trace.CountLog("Uptime > 600, checking LTE connection errors"), 0u);
+        world.trace.ExpectNoLog("checking PPP errors");
+        EXPECT_EQ(world.trace.ShellTimes(kReset).size(), 0u);
     }
 }
 

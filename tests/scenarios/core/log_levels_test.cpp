@@ -95,9 +95,9 @@ class LogLevel : public testing::TestWithParam<int> {};
 TEST_P(LogLevel, SaysExactlyTheseLines) {
     const int level = GetParam();
     World world;
-    world.WriteFile("/etc/kvt/wireless/cellmodem_provision_data.conf",
-                    "DEBUG_MODE=" + std::to_string(level) + "\nSYNC_TIME=yes\n");
-    world.ScriptModem([](const std::string& command) {
+    world.files.Write("/etc/kvt/wireless/cellmodem_provision_data.conf",
+                      "DEBUG_MODE=" + std::to_string(level) + "\nSYNC_TIME=yes\n");
+    world.modem.Script([](const std::string& command) {
         return std::string(command == "AT+CSQ" ? "+CSQ: 17,99\r\n" : "OK\r\n");
     });
     world.Start();
@@ -114,8 +114,8 @@ TEST_P(LogLevel, SaysExactlyTheseLines) {
     for (const Line& line : kLines) {
         if (Speaks(line.when, level)) expected.push_back(line.text);
     }
-    EXPECT_EQ(world.Log(), expected);
-    for (const rig::Event& event : world.GetTrace().Of(rig::Kind::kLog)) {
+    EXPECT_EQ(world.trace.Log(), expected);
+    for (const rig::Event& event : world.trace.Of(rig::Kind::kLog)) {
         EXPECT_EQ(event.number, 5) << event.text;  // LOG_NOTICE
     }
 }

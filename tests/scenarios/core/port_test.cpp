@@ -13,6 +13,7 @@
 namespace {
 
 using namespace std::chrono_literals;
+using rig::Files;
 using rig::Kind;
 using rig::World;
 using testing::Not;
@@ -28,76 +29,76 @@ std::string LastOf(const Lines& lines) {
 
 Times OpenTimes(const World& world) {
     Times times;
-    for (const rig::Event& event : world.GetTrace().Of(Kind::kOpen)) times.push_back(event.at);
+    for (const rig::Event& event : world.trace.Of(Kind::kOpen)) times.push_back(event.at);
     return times;
 }
 
 TEST(Port, ThatNeverOpensIsTriedFiveTimesThenTheModemIsReset) {
     World world;
-    world.RemoveDevice();
+    world.port.RemoveDevice();
     world.Start();
     EXPECT_EQ(world.RunToExit(60s), 255);
     EXPECT_EQ(OpenTimes(world), (Times{0, 10000000, 20000000, 30000000, 40000000}));
     for (int attempt = 1; attempt <= 5; ++attempt) {
-        EXPECT_EQ(world.CountLog("Unable to open port /dev/ttyUSB0, attempt " +
-                                 std::to_string(attempt) + "/5"),
+        EXPECT_EQ(world.trace.CountLog("Unable to open port /dev/ttyUSB0, attempt " +
+                                       std::to_string(attempt) + "/5"),
                   1u);
     }
-    const Lines log = world.Log();
+    const Lines log = world.trace.Log();
     ASSERT_GE(log.size(), 2u);
     EXPECT_EQ(log[log.size() - 2], "Failed to open port 5 times, exiting");
     EXPECT_EQ(LastOf(log), "Resetting device");
-    EXPECT_EQ(LastOf(world.Shell()), kReset);
-    EXPECT_EQ(world.Now(), 40s);
+    EXPECT_EQ(LastOf(world.trace.Shell()), kReset);
+    EXPECT_EQ(world.clock.Now(), 40s);
 }
 
 TEST(Port, ThatAppearsLateIsTakenAtTheNextTry) {
     World world;
-    world.RemoveDevice();
-    world.At(25s, [&] { world.AddDevice(); });
+    world.port.RemoveDevice();
+    world.clock.At(25s, [&] { world.port.AddDevice(); });
     world.Start();
     world.RunFor(80s);
     EXPECT_EQ(OpenTimes(world), (Times{0, 10000000, 20000000, 30000000}));
-    EXPECT_TRUE(world.Running());
-    EXPECT_EQ(world.CountLog("Failed to open port 5 times, exiting"), 0u);
-    EXPECT_EQ(World::File("/var/log/lightbar"), "+CSQ: 17,99\n");
+    EXPECT_TRUE(world.daemon.Running());
+    EXPECT_EQ(world.trace.CountLog("Failed to open port 5 times, exiting"), 0u);
+    EXPECT_EQ(Files::Read("/var/log/lightbar"), "+CSQ: 17,99\n");
 }
 
 TEST(Port, ASignalDuringThePauseBetweenTwoTriesEndsTheWaiting) {
     World world("-E362");
-    world.RemoveDevice();
+    world.port.RemoveDevice();
     world.Start();
     world.RunFor(14s);
-    world.Signal(SIGTERM);
+    world.daemon.Signal(SIGTERM);
     EXPECT_EQ(world.RunToExit(30s), 0);
     // The pause is cut short, the try is made, and the next pass sees the flag.
     EXPECT_EQ(OpenTimes(world), (Times{0, 10000000, 14000000}));
-    EXPECT_EQ(LastOf(world.Log()), "exit");
-    EXPECT_EQ(world.CountLog("Resetting device"), 0u);
+    EXPECT_EQ(LastOf(world.trace.Log()), "exit");
+    EXPECT_EQ(world.trace.CountLog("Resetting device"), 0u);
 }
 
 TEST(Port, APathOfMoreThanEightyCharactersIsCut) {
     const std::string path = "/dev/" + std::string(75, 'p');
     World world(rig::Exactly{{path + "-and-more"}});
-    world.RemoveDevice();
+    world.port.RemoveDevice();
     world.Start();
     world.RunFor(5s);
-    EXPECT_EQ(world.GetTrace().Texts(Kind::kOpen), Lines{path});
-    EXPECT_EQ(world.CountLog("Unable to open port " + path + ", attempt 1/5"), 1u);
+    EXPECT_EQ(world.trace.Texts(Kind::kOpen), Lines{path});
+    EXPECT_EQ(world.trace.CountLog("Unable to open port " + path + ", attempt 1/5"), 1u);
 }
 
 TEST(Port, IsMadeRawAndGetsASpeedOnTheMc75iOnly) {
     for (const std::string& card : rig::EveryCardOption()) {
         SCOPED_TRACE(card);
         World world(card);
-        termio& line = world.PortSettings();
+        termio& line = world.port.Settings();
         line.c_iflag = 0xffff & ~IGNBRK;
         line.c_oflag = 0xffff;
         line.c_lflag = 0xffff;
         line.c_cflag = 0xefff;  // all but the bit for high speeds
         world.Start();
         world.RunFor(1s);
-        const termio now = world.PortSettings();
+        const termio now = world.port.Settings();
         EXPECT_EQ(now.c_iflag, 0xffff & ~(BRKINT | IGNPAR | PARMRK | INPCK | ISTRIP | INLCR |
                                           IGNCR | ICRNL | IXON | IXOFF | IXANY | IUCLC));
         EXPECT_EQ(now.c_oflag, 0xffff & ~OPOST);
@@ -112,73 +113,73 @@ TEST(Port, IsNotTriedAgainOnceItIsOpen) {
     world.Start();
     world.RunFor(120s);
     EXPECT_EQ(OpenTimes(world).size(), 1u);
-    EXPECT_TRUE(world.GetTrace().Of(Kind::kClose).empty());
+    EXPECT_TRUE(world.trace.Of(Kind::kClose).empty());
 }
 
 TEST(Port, TwentySixFailedWritesInARowResetTheModemAndEndTheProcess) {
     World world;
-    world.WriteFile("/var/log/wireless.kept", "x");
-    world.At(30s, [&] { world.FailWrites(EIO); });
+    world.files.Write("/var/log/wireless.kept", "x");
+    world.clock.At(30s, [&] { world.port.FailWrites(EIO); });
     world.Start();
     EXPECT_EQ(world.RunToExit(600s), 255);
-    EXPECT_GE(world.GetTrace().Of(Kind::kWriteFailed).size(), 26u);
-    const Lines log = world.Log();
+    EXPECT_GE(world.trace.Of(Kind::kWriteFailed).size(), 26u);
+    const Lines log = world.trace.Log();
     ASSERT_GE(log.size(), 2u);
     EXPECT_EQ(log[log.size() - 2], "Port error counter above 25, resetting modem");
     EXPECT_EQ(LastOf(log), "Resetting device");
-    EXPECT_EQ(LastOf(world.Shell()), kReset);
+    EXPECT_EQ(LastOf(world.trace.Shell()), kReset);
     // No clean-up on this way out.
-    EXPECT_TRUE(World::Exists("/var/log/wireless.cardstats"));
-    EXPECT_TRUE(World::Exists("/var/log/wireless.kept"));
-    EXPECT_EQ(world.CountLog("doing cleanup and exiting"), 0u);
+    EXPECT_TRUE(Files::Exists("/var/log/wireless.cardstats"));
+    EXPECT_TRUE(Files::Exists("/var/log/wireless.kept"));
+    EXPECT_EQ(world.trace.CountLog("doing cleanup and exiting"), 0u);
 }
 
 TEST(Port, TheTwentySixthFailedWriteIsTheOneTooMany) {
     World world;
-    world.At(30s, [&] { world.FailWrites(EIO, 26); });
+    world.clock.At(30s, [&] { world.port.FailWrites(EIO, 26); });
     world.Start();
     EXPECT_EQ(world.RunToExit(600s), 255);
-    EXPECT_EQ(world.GetTrace().Of(Kind::kWriteFailed).size(), 26u);
+    EXPECT_EQ(world.trace.Of(Kind::kWriteFailed).size(), 26u);
 }
 
 TEST(Port, TwentyFiveFailedWritesAreForgiven) {
     World world;
-    world.At(30s, [&] { world.FailWrites(EIO, 25); });
-    world.At(300s, [&] { world.FailWrites(EIO, 25); });
+    world.clock.At(30s, [&] { world.port.FailWrites(EIO, 25); });
+    world.clock.At(300s, [&] { world.port.FailWrites(EIO, 25); });
     world.Start();
     world.RunFor(600s);
-    EXPECT_EQ(world.GetTrace().Of(Kind::kWriteFailed).size(), 50u);
-    EXPECT_TRUE(world.Running());
-    EXPECT_EQ(world.CountLog("Port error counter above 25, resetting modem"), 0u);
+    EXPECT_EQ(world.trace.Of(Kind::kWriteFailed).size(), 50u);
+    EXPECT_TRUE(world.daemon.Running());
+    EXPECT_EQ(world.trace.CountLog("Port error counter above 25, resetting modem"), 0u);
 }
 
 TEST(Port, ADriverThatNeverSaysWhatWaitsIsASilentModem) {
     World world("-d -d");
-    world.FailWaiting(EIO);
+    world.port.FailWaiting(EIO);
     world.Start();
     world.RunFor(30s);
-    EXPECT_TRUE(world.Running());
-    EXPECT_GT(world.CountLog("No Response from device"), 5u);
-    EXPECT_GT(world.CountLog("read 0 bytes from port"), 2u);
-    EXPECT_FALSE(World::Exists("/var/log/lightbar"));
+    EXPECT_TRUE(world.daemon.Running());
+    EXPECT_GT(world.trace.CountLog("No Response from device"), 5u);
+    EXPECT_GT(world.trace.CountLog("read 0 bytes from port"), 2u);
+    EXPECT_FALSE(Files::Exists("/var/log/lightbar"));
 }
 
 TEST(Port, AReadThatFailsIsAReadThatFoundNothing) {
     World world("-d");
-    world.At(20s, [&] { world.FailReads(EIO); });
+    world.clock.At(20s, [&] { world.port.FailReads(EIO); });
     world.Start();
     world.RunFor(60s);
-    EXPECT_TRUE(world.Running());
-    EXPECT_GT(world.CountLog("read 0 bytes from port"), 5u);
-    EXPECT_EQ(world.CountLog("unknown message command response"), 0u);
+    EXPECT_TRUE(world.daemon.Running());
+    EXPECT_GT(world.trace.CountLog("read 0 bytes from port"), 5u);
+    EXPECT_EQ(world.trace.CountLog("unknown message command response"), 0u);
 }
 
 TEST(Port, PulledOutWhileRunningEndsTheProcessAfterTheWriteErrors) {
     World world("-E362");
-    world.At(60s, [&] { world.Unplug(); });
+    world.clock.At(60s, [&] { world.port.Unplug(); });
     world.Start();
     EXPECT_EQ(world.RunToExit(600s), 255);
-    EXPECT_EQ(world.CountLog("Port error counter above 25, resetting modem"), 1u);
+    EXPECT_EQ(world.trace.CountLog("Port error counter above 25, resetting modem"), 1u);
 }
 
 }  // namespace

@@ -28,12 +28,13 @@ std::pair<Duration, Duration> Distances(const Times& times) {
 
 TEST(Schedule, TheFirstAnsweredPassDoesStatusWorkAndAsksForTheTimeAtOnce) {
     World world("-881");
-    world.WriteFile("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=yes\n");
+    world.files.Write("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=yes\n");
     world.Start();
     ASSERT_TRUE(world.RunUntilCommand("AT+CCLK?", 60s));
-    EXPECT_EQ(world.CommandTimes("AT+CSQ").size(), 1u);
-    EXPECT_EQ(world.CommandTimes("AT+CGDCONT?").size(), 2u);  // identity pass and status work
-    EXPECT_LT(world.CommandTimes("AT+CSQ").at(0), world.CommandTimes("AT+CGDCONT?").at(1));
+    EXPECT_EQ(world.trace.CommandTimes("AT+CSQ").size(), 1u);
+    EXPECT_EQ(world.trace.CommandTimes("AT+CGDCONT?").size(), 2u);  // identity pass and status work
+    EXPECT_LT(world.trace.CommandTimes("AT+CSQ").at(0),
+              world.trace.CommandTimes("AT+CGDCONT?").at(1));
 }
 
 TEST(Schedule, EachPassOfTheSierra881AsksInThisOrder) {
@@ -42,7 +43,7 @@ TEST(Schedule, EachPassOfTheSierra881AsksInThisOrder) {
     world.RunFor(120s);
     const std::vector<std::string> pass = {"at^sysinfo", "at!getband?", "AT*CNTI=0", "at+ecio?",
                                            "at!gstatus?"};
-    const std::vector<std::string> commands = world.Commands();
+    const std::vector<std::string> commands = world.trace.Commands();
     std::size_t passes = 0;
     for (std::size_t i = 0; i + pass.size() <= commands.size(); ++i) {
         if (commands[i] != pass[0]) continue;
@@ -62,12 +63,12 @@ TEST(Schedule, EachPassOfTheLteCardsAsksInThisOrder) {
     for (const Row& row : {Row{"-E362", "AT$NWSYSMODE"}, Row{"-E371", "AT$NWRAT?"}}) {
         SCOPED_TRACE(row.card);
         World world(row.card);
-        world.SetAddress("10.1.2.3");
+        world.router.SetAddress("10.1.2.3");
         world.Start();
         world.RunFor(90s);
         const std::vector<std::string> pass = {"at$qcsimstat?", "ATE0", row.service, "AT$NWRSSI=15",
                                                "AT+TEMP"};
-        const std::vector<std::string> commands = world.Commands();
+        const std::vector<std::string> commands = world.trace.Commands();
         std::size_t passes = 0;
         for (std::size_t i = 0; i + pass.size() <= commands.size(); ++i) {
             if (commands[i] != pass[0]) continue;
@@ -83,9 +84,9 @@ TEST(Schedule, EachPassOfTheLteCardsAsksInThisOrder) {
 
 TEST(Schedule, OverADayEveryTimerKeepsItsPeriod) {
     World world("-881");
-    world.Keep({Kind::kWrite});
-    world.modem().SetHeardLimit(0);
-    world.WriteFile("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=yes\n");
+    world.trace.Keep({Kind::kWrite});
+    world.modem.Sim().SetHeardLimit(0);
+    world.files.Write("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=yes\n");
     world.Start();
     world.RunFor(24h);
     struct Row {
@@ -103,18 +104,18 @@ TEST(Schedule, OverADayEveryTimerKeepsItsPeriod) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.command);
-        Times times = world.CommandTimes(row.command);
+        Times times = world.trace.CommandTimes(row.command);
         ASSERT_GT(times.size(), 5u);
         times.erase(times.begin(), times.begin() + 2);  // start-up and the first pass
         EXPECT_GE(Distances(times).first, row.period);
         EXPECT_LT(Distances(times).second, row.period + 20s);
     }
-    EXPECT_EQ(world.CommandTimes("AT+CCLK?").size(), 6u);
+    EXPECT_EQ(world.trace.CommandTimes("AT+CCLK?").size(), 6u);
 }
 
 // Commands of each timer's work heard since `start`.
 std::size_t CountSince(const World& world, const char* command, Duration start) {
-    const Times times = world.CommandTimes(command);
+    const Times times = world.trace.CommandTimes(command);
     return static_cast<std::size_t>(
         std::count_if(times.begin(), times.end(), [&](Duration at) { return at >= start; }));
 }
@@ -123,63 +124,63 @@ std::size_t CountSince(const World& world, const char* command, Duration start) 
 // it counts as ever.
 TEST(Schedule, AClockSetBackMakesEveryRunningTimerExpireAtItsNextTest) {
     World world("-881");
-    world.WriteFile("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=yes\n");
+    world.files.Write("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=yes\n");
     world.Start();
     world.RunFor(100s);
     ASSERT_TRUE(world.RunUntilCommand("AT+CSQ", 60s));  // behind this pass's timed work
-    const Duration jump = world.Now();
-    world.JumpClock(-1h);
+    const Duration jump = world.clock.Now();
+    world.clock.Jump(-1h);
     world.RunFor(13s);
     for (const char* command : {"at!GSMINFO?", "AT+CMGL=\"REC UNREAD\"", "AT+CREG?", "AT+CCLK?"}) {
         SCOPED_TRACE(command);
         EXPECT_EQ(CountSince(world, command, jump), 1u);
     }
-    EXPECT_EQ(world.CommandTimes("AT+CCLK?").size(), 2u);
+    EXPECT_EQ(world.trace.CommandTimes("AT+CCLK?").size(), 2u);
 }
 
 TEST(Schedule, AClockSetBackByLessThanATimerHasRunOnlyPutsItOff) {
     World world("-881");
-    world.WriteFile("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=yes\n");
+    world.files.Write("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=yes\n");
     world.Start();
     world.RunFor(1h);
-    world.JumpClock(-30min);
+    world.clock.Jump(-30min);
     world.RunFor(3h);  // on the clock, 3.5 h since the timer of 4 h was started
-    EXPECT_EQ(world.CommandTimes("AT+CCLK?").size(), 1u);
+    EXPECT_EQ(world.trace.CommandTimes("AT+CCLK?").size(), 1u);
     world.RunFor(31min);
-    EXPECT_EQ(world.CommandTimes("AT+CCLK?").size(), 2u);
+    EXPECT_EQ(world.trace.CommandTimes("AT+CCLK?").size(), 2u);
 }
 
 TEST(Schedule, AClockSetForwardByMoreThanAPeriodMakesTimersExpireEarly) {
     World world("-881");
-    world.WriteFile("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=yes\n");
+    world.files.Write("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=yes\n");
     world.Start();
     world.RunFor(100s);
-    ASSERT_EQ(world.CommandTimes("AT+CCLK?").size(), 1u);
-    world.JumpClock(4h);
+    ASSERT_EQ(world.trace.CommandTimes("AT+CCLK?").size(), 1u);
+    world.clock.Jump(4h);
     world.RunFor(25s);
-    EXPECT_EQ(world.CommandTimes("AT+CCLK?").size(), 2u);
+    EXPECT_EQ(world.trace.CommandTimes("AT+CCLK?").size(), 2u);
 }
 
 TEST(Schedule, AClockSetForwardByLessChangesNothingForTheLongTimer) {
     World world("-881");
-    world.WriteFile("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=yes\n");
+    world.files.Write("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=yes\n");
     world.Start();
     world.RunFor(100s);
-    world.JumpClock(3h);
+    world.clock.Jump(3h);
     world.RunFor(60s);
-    EXPECT_EQ(world.CommandTimes("AT+CCLK?").size(), 1u);
+    EXPECT_EQ(world.trace.CommandTimes("AT+CCLK?").size(), 1u);
 }
 
 TEST(Schedule, AGenericModemIsOnlyAskedForWhatEveryModemKnows) {
     World world;
     world.Start();
     world.RunFor(10min);
-    for (const std::string& command : world.Commands()) {
+    for (const std::string& command : world.trace.Commands()) {
         EXPECT_THAT(command, testing::AnyOf("AT", "AT+CREG=2", "at+gsn", "AT+CGDCONT?", "AT+CSQ",
                                             "AT+CMGD=0,1"));
     }
-    EXPECT_EQ(world.CommandTimes("at+gsn").size(), 1u);  // the number does not change
-    EXPECT_EQ(world.CountLog("Cannot sync to tower time, unsupported modem"), 1u);
+    EXPECT_EQ(world.trace.CommandTimes("at+gsn").size(), 1u);  // the number does not change
+    EXPECT_EQ(world.trace.CountLog("Cannot sync to tower time, unsupported modem"), 1u);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 namespace {
 
 using namespace std::chrono_literals;
+using rig::Files;
 using rig::Kind;
 using rig::World;
 using testing::ElementsAre;
@@ -29,13 +30,13 @@ Lines Last(const Lines& all, std::size_t count) {
 }
 
 void ExpectStatusFilesGone() {
-    EXPECT_FALSE(World::Exists("/var/log/wireless.cardstats"));
-    EXPECT_FALSE(World::Exists("/var/log/wireless.serialno"));
-    EXPECT_FALSE(World::Exists("/var/log/wireless.other"));
-    EXPECT_FALSE(World::Exists("/var/run/BackendResetControl"));
-    EXPECT_TRUE(World::Exists("/var/log/lightbar"));
-    EXPECT_EQ(World::File("/var/log/lightbar"), "");
-    EXPECT_EQ(World::File("/var/run/modemd.pid"), "4242");
+    EXPECT_FALSE(Files::Exists("/var/log/wireless.cardstats"));
+    EXPECT_FALSE(Files::Exists("/var/log/wireless.serialno"));
+    EXPECT_FALSE(Files::Exists("/var/log/wireless.other"));
+    EXPECT_FALSE(Files::Exists("/var/run/BackendResetControl"));
+    EXPECT_TRUE(Files::Exists("/var/log/lightbar"));
+    EXPECT_EQ(Files::Read("/var/log/lightbar"), "");
+    EXPECT_EQ(Files::Read("/var/run/modemd.pid"), "4242");
 }
 
 class Shutdown : public testing::TestWithParam<std::string> {
@@ -67,8 +68,8 @@ class Shutdown : public testing::TestWithParam<std::string> {
         return lines;
     }
     static void Prepare(World& world) {
-        world.WriteFile("/var/log/wireless.other", "x");
-        world.WriteFile("/var/run/BackendResetControl", "x");
+        world.files.Write("/var/log/wireless.other", "x");
+        world.files.Write("/var/run/BackendResetControl", "x");
         world.Start();
         world.RunFor(40s);
     }
@@ -79,18 +80,18 @@ TEST_P(Shutdown, OnTerminateOrInterruptCleansUpAndEndsWithZero) {
         SCOPED_TRACE(number);
         World world(GetParam());
         Prepare(world);
-        world.ClearTrace();
-        world.Signal(number);
+        world.trace.Clear();
+        world.daemon.Signal(number);
         EXPECT_EQ(world.RunToExit(60s), 0);
         Lines log = CleanUpLog();
         log.insert(log.begin(), "received SIGINT/SIGTERM");
-        EXPECT_EQ(Last(world.Log(), log.size()), log);
-        EXPECT_EQ(Last(world.Shell(), CleanUpShell().size()), CleanUpShell());
+        EXPECT_EQ(Last(world.trace.Log(), log.size()), log);
+        EXPECT_EQ(Last(world.trace.Shell(), CleanUpShell().size()), CleanUpShell());
         ExpectStatusFilesGone();
-        EXPECT_EQ(world.CountLog("Resetting device"), 0u);
+        EXPECT_EQ(world.trace.CountLog("Resetting device"), 0u);
         if (IsLte()) {
-            EXPECT_EQ(LastOf(world.Commands()), "AT$NWQMIDISCONNECT");
-            EXPECT_EQ(World::File("/tmp/udhcpc.wwan0.lfc"), "LEASE_FAIL_COUNTER=0\n");
+            EXPECT_EQ(LastOf(world.trace.Commands()), "AT$NWQMIDISCONNECT");
+            EXPECT_EQ(Files::Read("/tmp/udhcpc.wwan0.lfc"), "LEASE_FAIL_COUNTER=0\n");
         }
     }
 }
@@ -98,15 +99,15 @@ TEST_P(Shutdown, OnTerminateOrInterruptCleansUpAndEndsWithZero) {
 TEST_P(Shutdown, OnHangUpResetsTheModemFirst) {
     World world(GetParam());
     Prepare(world);
-    world.ClearTrace();
-    world.Signal(SIGHUP);
+    world.trace.Clear();
+    world.daemon.Signal(SIGHUP);
     EXPECT_EQ(world.RunToExit(60s), 0);
     Lines log = CleanUpLog();
     log.insert(log.begin(), {"recieved SIGHUP, resetting device", "Resetting device"});
-    EXPECT_EQ(Last(world.Log(), log.size()), log);
+    EXPECT_EQ(Last(world.trace.Log(), log.size()), log);
     Lines shell = CleanUpShell();
     shell.insert(shell.begin(), kReset);
-    EXPECT_EQ(Last(world.Shell(), shell.size()), shell);
+    EXPECT_EQ(Last(world.trace.Shell(), shell.size()), shell);
     ExpectStatusFilesGone();
 }
 
@@ -120,48 +121,48 @@ TEST(Signals, InterruptWinsOverHangUp) {
     World world;
     world.Start();
     world.RunFor(10s);
-    world.Signal(SIGHUP);
-    world.Signal(SIGINT);
+    world.daemon.Signal(SIGHUP);
+    world.daemon.Signal(SIGINT);
     EXPECT_EQ(world.RunToExit(30s), 0);
-    EXPECT_EQ(world.CountLog("received SIGINT/SIGTERM"), 1u);
-    EXPECT_EQ(world.CountLog("recieved SIGHUP, resetting device"), 0u);
-    EXPECT_EQ(world.CountLog("Resetting device"), 0u);
+    EXPECT_EQ(world.trace.CountLog("received SIGINT/SIGTERM"), 1u);
+    EXPECT_EQ(world.trace.CountLog("recieved SIGHUP, resetting device"), 0u);
+    EXPECT_EQ(world.trace.CountLog("Resetting device"), 0u);
 }
 
 TEST(Signals, ActAtTheStartOfTheNextPassWithTheSleepsCutShort) {
     World world;
     world.Start();
     ASSERT_TRUE(world.RunUntilCommand("AT+CSQ", 30s));
-    world.ClearTrace();
-    world.Signal(SIGTERM);  // during the pause behind CR: a usleep, then sleeps go on
+    world.trace.Clear();
+    world.daemon.Signal(SIGTERM);  // during the pause behind CR: a usleep, then sleeps go on
     EXPECT_EQ(world.RunToExit(30s), 0);
     // The pass ends as it would have; only then is the flag looked at.
-    EXPECT_EQ(world.Commands(), Lines{"AT+CGDCONT?"});
+    EXPECT_EQ(world.trace.Commands(), Lines{"AT+CGDCONT?"});
 }
 
 TEST(Signals, ASecondOneWhileTheCleanUpRunsHasNoEffect) {
     World world("-E362");
     world.Start();
     world.RunFor(60s);
-    world.Signal(SIGTERM);
+    world.daemon.Signal(SIGTERM);
     ASSERT_TRUE(world.RunUntilLog("doing cleanup and exiting", 60s));
-    world.Signal(SIGHUP);
-    world.Signal(SIGTERM);
+    world.daemon.Signal(SIGHUP);
+    world.daemon.Signal(SIGTERM);
     EXPECT_EQ(world.RunToExit(30s), 0);
-    EXPECT_EQ(world.CountLog("doing cleanup and exiting"), 1u);
-    EXPECT_EQ(world.CountLog("Resetting device"), 0u);
+    EXPECT_EQ(world.trace.CountLog("doing cleanup and exiting"), 1u);
+    EXPECT_EQ(world.trace.CountLog("Resetting device"), 0u);
 }
 
 TEST(Signals, BeforeTheHandlersStandEndTheProcessAtOnce) {
     World world;
-    world.ExpectEndBySignal();
+    world.daemon.ExpectEndBySignal();
     world.Start();
     world.RunFor(1s);
-    world.Signal(SIGTERM);
+    world.daemon.Signal(SIGTERM);
     world.RunFor(1s);
-    EXPECT_FALSE(world.Running());
-    EXPECT_EQ(world.EndingSignal(), SIGTERM);
-    EXPECT_EQ(world.CountLog("doing cleanup and exiting"), 0u);
+    EXPECT_FALSE(world.daemon.Running());
+    EXPECT_EQ(world.daemon.EndingSignal(), SIGTERM);
+    EXPECT_EQ(world.trace.CountLog("doing cleanup and exiting"), 0u);
 }
 
 TEST(Signals, AHangUpAtEveryPointOfThePassResetsTheModemOnce) {
@@ -171,20 +172,20 @@ TEST(Signals, AHangUpAtEveryPointOfThePassResetsTheModemOnce) {
         World world("-881");
         world.Start();
         ASSERT_TRUE(world.RunUntilCommand("AT+CSQ", 60s));
-        first = world.Calls();
+        first = world.daemon.Calls();
         ASSERT_TRUE(world.RunUntilCommand("AT+CSQ", 60s));
-        last = world.Calls();
+        last = world.daemon.Calls();
     }
     const std::uint64_t step = std::max<std::uint64_t>(1, (last - first) / 60);
     for (std::uint64_t call = first; call <= last; call += step) {
         SCOPED_TRACE(call);
         World world("-881");
-        world.SignalAtCall(call, SIGHUP);
+        world.daemon.SignalAtCall(call, SIGHUP);
         world.Start();
         ASSERT_EQ(world.RunToExit(180s), 0);
-        EXPECT_EQ(Last(world.Shell(), 3), (Lines{kReset, kEmptyLightbar, kRemoveStatus}));
-        EXPECT_EQ(world.ShellTimes(kReset).size(), 1u);
-        EXPECT_EQ(Last(world.Log(), 4),
+        EXPECT_EQ(Last(world.trace.Shell(), 3), (Lines{kReset, kEmptyLightbar, kRemoveStatus}));
+        EXPECT_EQ(world.trace.ShellTimes(kReset).size(), 1u);
+        EXPECT_EQ(Last(world.trace.Log(), 4),
                   (Lines{"recieved SIGHUP, resetting device", "Resetting device",
                          "doing cleanup and exiting", "exit"}));
         if (HasFailure()) return;
@@ -200,22 +201,22 @@ TEST(Signals, AtEveryPointOfThePassEndTheDaemonInGoodOrder) {
         World world("-E362");
         world.Start();
         ASSERT_TRUE(world.RunUntilCommand("AT+CSQ", 60s));
-        first = world.Calls();
+        first = world.daemon.Calls();
         ASSERT_TRUE(world.RunUntilCommand("AT+CSQ", 60s));
         ASSERT_TRUE(world.RunUntilCommand("AT+CSQ", 60s));
-        last = world.Calls();
+        last = world.daemon.Calls();
     }
     ASSERT_LT(first, last);
     const std::uint64_t step = std::max<std::uint64_t>(1, (last - first) / 150);
     for (std::uint64_t call = first; call <= last; call += step) {
         SCOPED_TRACE(call);
         World world("-E362");
-        world.SignalAtCall(call, SIGTERM);
+        world.daemon.SignalAtCall(call, SIGTERM);
         world.Start();
         ASSERT_EQ(world.RunToExit(180s), 0);
-        EXPECT_EQ(LastOf(world.Log()), "exit");
-        EXPECT_EQ(LastOf(world.Shell()), "ifconfig wwan0 0.0.0.0 down &> /dev/null");
-        EXPECT_EQ(LastOf(world.Commands()), "AT$NWQMIDISCONNECT");
+        EXPECT_EQ(LastOf(world.trace.Log()), "exit");
+        EXPECT_EQ(LastOf(world.trace.Shell()), "ifconfig wwan0 0.0.0.0 down &> /dev/null");
+        EXPECT_EQ(LastOf(world.trace.Commands()), "AT$NWQMIDISCONNECT");
         ExpectStatusFilesGone();
         if (HasFailure()) return;
     }

@@ -11,6 +11,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using namespace std::string_literals;  // texts with NUL bytes
+using rig::Files;
 using rig::World;
 using testing::Contains;
 using testing::Each;
@@ -23,55 +24,55 @@ constexpr char kCsqAnswer[] = "\r\n+CSQ: 17,99\r\n\r\nOK\r\n";
 
 // A modem that does not answer the signal query; an echo would be an answer.
 void MakeSilent(World& world) {
-    world.modem().SetEcho(false);
-    world.modem().Answer("AT+CSQ", "");
+    world.modem.Sim().SetEcho(false);
+    world.modem.Answer("AT+CSQ", "");
 }
 
 TEST(SignalPoll, AsksOnceInEveryPassAndPublishesTheLine) {
     World world;
-    world.Control("signal 23 99");
+    world.modem.Control("signal 23 99");
     world.Start();
     world.RunFor(120s);
-    EXPECT_EQ(World::File(kLightbar), "+CSQ: 23,99\n");
+    EXPECT_EQ(Files::Read(kLightbar), "+CSQ: 23,99\n");
     // A pass of 3.24 s, or of 3.36 s with its status work.
-    EXPECT_NEAR(static_cast<double>(world.CommandsMatching("AT+CSQ").size()), 36.0, 2.0);
+    EXPECT_NEAR(static_cast<double>(world.trace.CommandsMatching("AT+CSQ").size()), 36.0, 2.0);
 }
 
 TEST(SignalPoll, AlternatesBetweenItsFormsForAsLongAsErrorsCome) {
     World world("-d");
-    world.modem().Answer("AT+CSQ", "\r\nERROR\r\n");
-    world.modem().Answer("AT+CSQ?", "\r\nERROR\r\n");
+    world.modem.Answer("AT+CSQ", "\r\nERROR\r\n");
+    world.modem.Answer("AT+CSQ?", "\r\nERROR\r\n");
     world.Start();
     world.RunFor(21s);
-    EXPECT_THAT(world.CommandsMatching("AT+CSQ"),
+    EXPECT_THAT(world.trace.CommandsMatching("AT+CSQ"),
                 ElementsAre("AT+CSQ", "AT+CSQ?", "AT+CSQ", "AT+CSQ?", "AT+CSQ", "AT+CSQ?"));
-    world.ExpectLogInOrder({
+    world.trace.ExpectLogInOrder({
         "AT command gave an error, switching CSQ modes to AT+CSQ?",
         "unknown AT response from modem",
         "AT command gave an error, switching CSQ modes to AT+CSQ",
         "unknown AT response from modem",
     });
-    EXPECT_FALSE(World::Exists(kLightbar));
+    EXPECT_FALSE(Files::Exists(kLightbar));
 }
 
 TEST(SignalPoll, StaysWithTheFormThatWorks) {
     World world;
-    world.modem().Answer("AT+CSQ", "\r\nERROR\r\n");
-    world.modem().Answer("AT+CSQ?", "\r\n+CSQ: 9,0\r\n\r\nOK\r\n");
+    world.modem.Answer("AT+CSQ", "\r\nERROR\r\n");
+    world.modem.Answer("AT+CSQ?", "\r\n+CSQ: 9,0\r\n\r\nOK\r\n");
     world.Start();
     world.RunFor(60s);
-    const Lines polls = world.CommandsMatching("AT+CSQ");
+    const Lines polls = world.trace.CommandsMatching("AT+CSQ");
     EXPECT_EQ(polls.at(0), "AT+CSQ");
     EXPECT_THAT(Lines(polls.begin() + 1, polls.end()), Each("AT+CSQ?"));
-    EXPECT_EQ(World::File(kLightbar), "+CSQ: 9,0\n");
+    EXPECT_EQ(Files::Read(kLightbar), "+CSQ: 9,0\n");
 }
 
 TEST(SignalPoll, AnErrorOfAnotherCommandDoesNotFlipTheForm) {
     World world;
-    world.modem().Answer("AT+CGDCONT?", "\r\nERROR\r\n");
+    world.modem.Answer("AT+CGDCONT?", "\r\nERROR\r\n");
     world.Start();
     world.RunFor(60s);
-    EXPECT_THAT(world.Commands(), Not(Contains("AT+CSQ?")));
+    EXPECT_THAT(world.trace.Commands(), Not(Contains("AT+CSQ?")));
 }
 
 TEST(SignalPoll, TurnsIndicatorsIntoASignalLine) {
@@ -92,31 +93,31 @@ TEST(SignalPoll, TurnsIndicatorsIntoASignalLine) {
     world.Start();
     for (const Row& row : rows) {
         SCOPED_TRACE(row.answer);
-        world.modem().Answer("AT+CIND?", row.answer);
+        world.modem.Answer("AT+CIND?", row.answer);
         world.RunFor(10s);
-        EXPECT_EQ(World::File(kLightbar), row.lightbar);
+        EXPECT_EQ(Files::Read(kLightbar), row.lightbar);
     }
-    EXPECT_THAT(world.Commands(), Not(Contains("AT+CSQ")));
+    EXPECT_THAT(world.trace.Commands(), Not(Contains("AT+CSQ")));
 }
 
 TEST(SignalPoll, ASilentModemKeepsTheStatusWorkBack) {
     World world("-881 -d");
     MakeSilent(world);
-    world.SetUptime(1h);
-    world.WriteFile("/var/log/kvtinit.status", "PPP_WIRELESS_ERROR_COUNTER=8\n");
-    world.Watch("/var/log/wireless.cardstats");
+    world.router.SetUptime(1h);
+    world.files.Write("/var/log/kvtinit.status", "PPP_WIRELESS_ERROR_COUNTER=8\n");
+    world.trace.Watch("/var/log/wireless.cardstats");
     world.Start();
     world.RunFor(120s);
-    EXPECT_GT(world.CountLog("read 0 bytes from port"), 10u);
+    EXPECT_GT(world.trace.CountLog("read 0 bytes from port"), 10u);
     // Not one of the steps behind an answer: status file, network time, error checks.
-    EXPECT_EQ(world.Versions("/var/log/wireless.cardstats").size(), 1u);  // of the start-up
-    EXPECT_THAT(world.Commands(), Not(Contains("AT+CCLK?")));
-    world.ExpectNoLog("Uptime current");
-    EXPECT_FALSE(World::Exists(kLightbar));
+    EXPECT_EQ(world.trace.Versions("/var/log/wireless.cardstats").size(), 1u);  // of the start-up
+    EXPECT_THAT(world.trace.Commands(), Not(Contains("AT+CCLK?")));
+    world.trace.ExpectNoLog("Uptime current");
+    EXPECT_FALSE(Files::Exists(kLightbar));
     // All that stands before it goes on.
     for (const char* command : {"at^sysinfo", "at!getband?", "AT*CNTI=0", "at+ecio?", "at!gstatus?",
                                 "AT+CREG?", "AT+CMGL=\"REC UNREAD\"", "at!GSMINFO?"}) {
-        EXPECT_GT(world.CommandTimes(command).size(), 2u) << command;
+        EXPECT_GT(world.trace.CommandTimes(command).size(), 2u) << command;
     }
 }
 
@@ -125,7 +126,7 @@ TEST(SignalPoll, ASilentPassTakesASecondInsteadOfTwo) {
     MakeSilent(world);
     world.Start();
     world.RunFor(12s);
-    const std::vector<rig::Duration> times = world.CommandTimes("AT+CSQ");
+    const std::vector<rig::Duration> times = world.trace.CommandTimes("AT+CSQ");
     ASSERT_GE(times.size(), 3u);
     EXPECT_EQ(times[1] - times[0], 2240ms);
     EXPECT_EQ(times[2] - times[1], 2240ms);
@@ -133,38 +134,38 @@ TEST(SignalPoll, ASilentPassTakesASecondInsteadOfTwo) {
 
 TEST(SignalPoll, NoiseAndZeroBytesAroundTheLineDoNoHarm) {
     World world;
-    world.modem().Answer("AT+CSQ",
-                         "\0\x01\x7f\xff\r\n+CSQ: 1\0"
-                         "2,99\t\r\n\0OK"s);
+    world.modem.Answer("AT+CSQ",
+                       "\0\x01\x7f\xff\r\n+CSQ: 1\0"
+                       "2,99\t\r\n\0OK"s);
     world.Start();
     world.RunFor(10s);
-    EXPECT_EQ(World::File(kLightbar), "+CSQ: 1 2,99 \n");
+    EXPECT_EQ(Files::Read(kLightbar), "+CSQ: 1 2,99 \n");
 }
 
 TEST(SignalPoll, AnAnswerWithoutLineEndIsTakenWhole) {
     World world;
-    world.modem().Answer("AT+CSQ", "+CSQ: 5,99");
+    world.modem.Answer("AT+CSQ", "+CSQ: 5,99");
     world.Start();
     world.RunFor(10s);
-    EXPECT_EQ(World::File(kLightbar), "+CSQ: 5,99\n");
+    EXPECT_EQ(Files::Read(kLightbar), "+CSQ: 5,99\n");
 }
 
 TEST(SignalPoll, TheSignalLineWinsOverTheIndicatorLine) {
     World world;
-    world.modem().Answer("AT+CSQ", "\r\n+CIND: 5,3\r\n+CSQ: 8,99\r\nOK\r\n");
+    world.modem.Answer("AT+CSQ", "\r\n+CIND: 5,3\r\n+CSQ: 8,99\r\nOK\r\n");
     world.Start();
     world.RunFor(10s);
-    EXPECT_EQ(World::File(kLightbar), "+CSQ: 8,99\n");
+    EXPECT_EQ(Files::Read(kLightbar), "+CSQ: 8,99\n");
 }
 
 // A read takes 131072 bytes at most; what is left over waits for the next reader.
 TEST(SignalPoll, AFloodIsReadInPiecesAndForgotten) {
     World world("-d -d -d -d");
-    world.modem().AnswerOnce("AT+CSQ", std::string(300000, 'x') + kCsqAnswer);
+    world.modem.AnswerOnce("AT+CSQ", std::string(300000, 'x') + kCsqAnswer);
     world.Start();
     world.RunFor(60s);
-    EXPECT_TRUE(world.Running());
-    EXPECT_EQ(World::File(kLightbar), "+CSQ: 17,99\n");
+    EXPECT_TRUE(world.daemon.Running());
+    EXPECT_EQ(Files::Read(kLightbar), "+CSQ: 17,99\n");
 }
 
 TEST(SignalPoll, AModemThatNeverStopsDoesNotHoldTheDaemon) {
@@ -177,10 +178,10 @@ TEST(SignalPoll, AModemThatNeverStopsDoesNotHoldTheDaemon) {
         World world;
         world.Start();
         world.RunFor(5s);
-        world.Every(20ms, [&] { world.ModemSays(std::string(row.bytes, row.byte)); });
+        world.clock.Every(20ms, [&] { world.modem.Say(std::string(row.bytes, row.byte)); });
         world.RunFor(180s);
-        EXPECT_GE(world.CommandsMatching("AT+CSQ").size(), 4u);
-        world.Signal(SIGTERM);
+        EXPECT_GE(world.trace.CommandsMatching("AT+CSQ").size(), 4u);
+        world.daemon.Signal(SIGTERM);
         EXPECT_EQ(world.RunToExit(120s), 0);
     }
 }
@@ -190,10 +191,10 @@ TEST(SignalPoll, UnaskedLinesReachTheLogAtADebugLevel) {
     world.Start();
     ASSERT_TRUE(world.RunUntilCommand("AT+CSQ", 30s));
     world.RunFor(2s);  // into the pause at the end of the pass
-    world.ModemSays("\r\n^RSSI: 3\r\nOK\r\n");
+    world.modem.Say("\r\n^RSSI: 3\r\nOK\r\n");
     world.RunFor(20s);
-    EXPECT_EQ(world.CountLog("Unsolicited message: ^RSSI: 3\r"), 1u);
-    world.ExpectNoLog("Unsolicited message: OK");
+    EXPECT_EQ(world.trace.CountLog("Unsolicited message: ^RSSI: 3\r"), 1u);
+    world.trace.ExpectNoLog("Unsolicited message: OK");
 }
 
 }  // namespace

@@ -10,6 +10,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using namespace std::string_literals;  // texts with NUL bytes
+using rig::Files;
 using rig::World;
 using Lines = std::vector<std::string>;
 
@@ -18,15 +19,15 @@ constexpr char kWriting[] = "Writing pid 4242 to pidfile '/var/run/modemd.pid'";
 
 TEST(SingleInstance, ASecondCopyEndsAtOnceAndTouchesNothing) {
     World world("-E362");
-    world.WriteFile(kPidFile, "77");
-    world.AddProcess(77, "/usr/sbin/modemd\0-E362\0/dev/ttyUSB0\0"s);
+    world.files.Write(kPidFile, "77");
+    world.router.AddProcess(77, "/usr/sbin/modemd\0-E362\0/dev/ttyUSB0\0"s);
     world.Start();
     EXPECT_EQ(world.RunToExit(1s), 255);
-    EXPECT_EQ(world.Log(),
+    EXPECT_EQ(world.trace.Log(),
               (Lines{"v1.45 starting", "Another modemd process is already running, exiting"}));
-    EXPECT_EQ(World::File(kPidFile), "77");
-    EXPECT_TRUE(world.Shell().empty());
-    EXPECT_TRUE(world.Commands().empty());
+    EXPECT_EQ(Files::Read(kPidFile), "77");
+    EXPECT_TRUE(world.trace.Shell().empty());
+    EXPECT_TRUE(world.trace.Commands().empty());
 }
 
 struct Stale {
@@ -39,13 +40,13 @@ class StalePidFile : public testing::TestWithParam<Stale> {};
 
 TEST_P(StalePidFile, IsOverwritten) {
     World world;
-    world.WriteFile(kPidFile, GetParam().text);
-    if (!GetParam().started.empty()) world.AddProcess(77, GetParam().started);
+    world.files.Write(kPidFile, GetParam().text);
+    if (!GetParam().started.empty()) world.router.AddProcess(77, GetParam().started);
     world.Start();
     world.RunFor(5s);
-    EXPECT_EQ(world.Log().at(1), kWriting);
-    EXPECT_EQ(World::File(kPidFile), "4242");
-    EXPECT_FALSE(world.Commands().empty());
+    EXPECT_EQ(world.trace.Log().at(1), kWriting);
+    EXPECT_EQ(Files::Read(kPidFile), "4242");
+    EXPECT_FALSE(world.trace.Commands().empty());
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, StalePidFile,
@@ -60,28 +61,28 @@ INSTANTIATE_TEST_SUITE_P(Files, StalePidFile,
 
 TEST(SingleInstance, AThreadOfTheKernelHasNoCommandLineAndIsNoCopy) {
     World world;
-    world.WriteFile(kPidFile, "77");
-    world.AddProcess(77, "");
+    world.files.Write(kPidFile, "77");
+    world.router.AddProcess(77, "");
     world.Start();
     world.RunFor(1s);
-    EXPECT_EQ(world.Log().at(1), kWriting);
+    EXPECT_EQ(world.trace.Log().at(1), kWriting);
 }
 
 TEST(SingleInstance, ANameWithinThePathCounts) {
     World world;
-    world.WriteFile(kPidFile, " 77\n");
-    world.AddProcess(77, "/opt/modemd-next/bin/other\0"s);
+    world.files.Write(kPidFile, " 77\n");
+    world.router.AddProcess(77, "/opt/modemd-next/bin/other\0"s);
     world.Start();
     EXPECT_EQ(world.RunToExit(1s), 255);
 }
 
 TEST(SingleInstance, GoesOnSilentlyWhenThePidFileCannotBeWritten) {
     World world;
-    world.FailPath(kPidFile, EACCES);
+    world.files.Fail(kPidFile, EACCES);
     world.Start();
     world.RunFor(5s);
-    EXPECT_EQ(world.Log().at(1), "file /etc/ssh/ssh_host_dsa_key is present");
-    EXPECT_FALSE(world.Commands().empty());
+    EXPECT_EQ(world.trace.Log().at(1), "file /etc/ssh/ssh_host_dsa_key is present");
+    EXPECT_FALSE(world.trace.Commands().empty());
 }
 
 }  // namespace

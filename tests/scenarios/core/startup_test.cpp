@@ -9,6 +9,7 @@
 namespace {
 
 using namespace std::chrono_literals;
+using rig::Files;
 using rig::World;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -49,8 +50,8 @@ TEST_P(StartUpOfEveryCard, SaysWhatItFindsInThisOrder) {
         "uptime cutoff set to 600 seconds",
     };
     if (*GetParam().message != '\0') expected.push_back(GetParam().message);
-    EXPECT_EQ(world.Log(), expected);
-    EXPECT_EQ(World::File("/var/run/modemd.pid"), "4242");
+    EXPECT_EQ(world.trace.Log(), expected);
+    EXPECT_EQ(Files::Read("/var/run/modemd.pid"), "4242");
 }
 
 TEST_P(StartUpOfEveryCard, BringsTheModemIntoAKnownState) {
@@ -61,9 +62,9 @@ TEST_P(StartUpOfEveryCard, BringsTheModemIntoAKnownState) {
     if (GetParam().is_lte) expected.push_back("ATE0");
     expected.push_back("AT+CREG=2");
     if (GetParam().asks_text_mode) expected.push_back("AT+CMGF=1");
-    EXPECT_EQ(FirstOf(world.Commands(), expected.size()), expected);
-    EXPECT_EQ(world.CountLog(GetParam().asks_text_mode ? "Modem supports CMGF SMS"
-                                                       : "Modem does not support CMGF SMS"),
+    EXPECT_EQ(FirstOf(world.trace.Commands(), expected.size()), expected);
+    EXPECT_EQ(world.trace.CountLog(GetParam().asks_text_mode ? "Modem supports CMGF SMS"
+                                                             : "Modem does not support CMGF SMS"),
               1u);
 }
 
@@ -71,22 +72,22 @@ TEST_P(StartUpOfEveryCard, TakesTheInterfaceUpForLteOnly) {
     World world(GetParam().option);
     world.Start();
     world.RunFor(1s);
-    EXPECT_EQ(world.Shell(),
+    EXPECT_EQ(world.trace.Shell(),
               GetParam().is_lte ? Lines{"ifconfig wwan0 0.0.0.0 up &> /dev/null"} : Lines{});
 }
 
 TEST_P(StartUpOfEveryCard, LeavesAHeaderWithoutTimeStampInItsOwnLog) {
     World world(GetParam().option);
-    world.modem().Answer("AT+GMM", "\r\nTestModel\r\n\r\nOK\r\n");
-    world.modem().Answer("AT+GSN", "\r\n001017000000115\r\n\r\nOK\r\n");
-    world.modem().Answer("AT+CNUM", "\r\n+CNUM: \"Line 1\",\"2015550142\",129\r\n\r\nOK\r\n");
-    world.modem().Answer("AT$NWMDN", "\r\n2015550142\r\n\r\nOK\r\n");
+    world.modem.Answer("AT+GMM", "\r\nTestModel\r\n\r\nOK\r\n");
+    world.modem.Answer("AT+GSN", "\r\n001017000000115\r\n\r\nOK\r\n");
+    world.modem.Answer("AT+CNUM", "\r\n+CNUM: \"Line 1\",\"2015550142\",129\r\n\r\nOK\r\n");
+    world.modem.Answer("AT$NWMDN", "\r\n2015550142\r\n\r\nOK\r\n");
     world.Start();
     world.RunFor(40s);
     const std::string option = GetParam().option;
     const bool has_model = option != "" && option != "-mc75i";
     const bool has_number = option != "";
-    EXPECT_EQ(World::File("/var/log/csq"),
+    EXPECT_EQ(Files::Read("/var/log/csq"),
               std::string("# ") + (has_model ? "TestModel" : "Unknown") + ", 001017000000115, " +
                   (has_number ? "2015550142" : "Unknown") + "\n");
 }
@@ -119,7 +120,7 @@ TEST(StartUp, KeepsItsPaceToTheMillisecond) {
         {"AT+CGDCONT?", 10260},  // and now 6.48 s
         {"AT+CSQ", 12380},
     };
-    const std::vector<rig::Command>& commands = world.GetTrace().Commands();
+    const std::vector<rig::Command>& commands = world.trace.TimedCommands();
     ASSERT_EQ(commands.size(), std::size(expected));
     for (std::size_t i = 0; i < std::size(expected); ++i) {
         SCOPED_TRACE(i);
@@ -134,55 +135,56 @@ TEST(StartUp, ACannedCommandFillsEightyBytesAndATransactionOnlyItsOwn) {
     world.RunFor(2s);
     std::string padded = "AT";
     padded.resize(80, '\0');
-    EXPECT_EQ(world.GetTrace().Texts(rig::Kind::kWrite),
+    EXPECT_EQ(world.trace.Texts(rig::Kind::kWrite),
               (Lines{padded, "\r", "\n", "AT+CREG=2", "\r", "\n"}));
 }
 
 TEST(StartUp, WarnsWhenTheInterfaceIsMissingAndGoesOn) {
     World world("-E371");
-    world.SetShellStatus("ifconfig wwan0 0.0.0.0 up", 1);
+    world.router.SetShellStatus("ifconfig wwan0 0.0.0.0 up", 1);
     world.Start();
     world.RunFor(5s);
-    EXPECT_EQ(world.CountLog("Warning: Modem type set to E362/E371, but int wwan0 does not appear "
+    EXPECT_EQ(
+        world.trace.CountLog("Warning: Modem type set to E362/E371, but int wwan0 does not appear "
                              "to exist."),
-              1u);
-    EXPECT_THAT(world.Commands(), testing::Contains("AT+CREG=2"));
+        1u);
+    EXPECT_THAT(world.trace.Commands(), testing::Contains("AT+CREG=2"));
 }
 
 TEST(StartUp, WaitsLongerForErrorsWhileTheHostKeyIsMissing) {
     World world;
-    World::RemoveFile("/etc/ssh/ssh_host_dsa_key");
+    Files::Remove("/etc/ssh/ssh_host_dsa_key");
     world.Start();
     world.RunFor(1s);
-    EXPECT_EQ(world.Log().at(2), "file /etc/ssh/ssh_host_dsa_key is not present");
-    EXPECT_EQ(world.Log().at(3), "uptime cutoff set to 1800 seconds");
+    EXPECT_EQ(world.trace.Log().at(2), "file /etc/ssh/ssh_host_dsa_key is not present");
+    EXPECT_EQ(world.trace.Log().at(3), "uptime cutoff set to 1800 seconds");
 }
 
 TEST(StartUp, WithoutADeviceItSaysHowToStartItAndEnds) {
     World world(rig::Exactly{{"-E362", "-d"}});
-    world.OnTerminal();
+    world.daemon.OnTerminal();
     world.Start();
     EXPECT_EQ(world.RunToExit(1s), 1);
-    EXPECT_EQ(world.Log(), (Lines{
-                               "v1.45 starting",
-                               "Writing pid 4242 to pidfile '/var/run/modemd.pid'",
-                               "file /etc/ssh/ssh_host_dsa_key is present",
-                               "uptime cutoff set to 600 seconds",
-                               "card type set to Novatel E362/USB551L",
-                               "DEBUG: debug mode 1",
-                               "No /dev/device path given, exiting",
-                           }));
-    EXPECT_THAT(world.ErrorOutput(), StartsWith("usage: modemd "));
-    EXPECT_EQ(World::File("/var/run/modemd.pid"), "4242");
-    EXPECT_FALSE(World::Exists("/var/log/csq"));
-    EXPECT_TRUE(world.Shell().empty());
+    EXPECT_EQ(world.trace.Log(), (Lines{
+                                     "v1.45 starting",
+                                     "Writing pid 4242 to pidfile '/var/run/modemd.pid'",
+                                     "file /etc/ssh/ssh_host_dsa_key is present",
+                                     "uptime cutoff set to 600 seconds",
+                                     "card type set to Novatel E362/USB551L",
+                                     "DEBUG: debug mode 1",
+                                     "No /dev/device path given, exiting",
+                                 }));
+    EXPECT_THAT(world.daemon.ErrorOutput(), StartsWith("usage: modemd "));
+    EXPECT_EQ(Files::Read("/var/run/modemd.pid"), "4242");
+    EXPECT_FALSE(Files::Exists("/var/log/csq"));
+    EXPECT_TRUE(world.trace.Shell().empty());
 }
 
 TEST(StartUp, PrintsNothingWhenItIsStartedRight) {
     World world("-d -d -d -d");
     world.Start();
     world.RunFor(30s);
-    EXPECT_EQ(world.ErrorOutput(), "");
+    EXPECT_EQ(world.daemon.ErrorOutput(), "");
 }
 
 struct Order {
@@ -196,7 +198,7 @@ TEST_P(OrderOfOptions, DecidesHowTheSignalIsPolled) {
     World world(GetParam().arguments);
     world.Start();
     world.RunFor(30s);
-    const Lines commands = world.Commands();
+    const Lines commands = world.trace.Commands();
     const std::string other = std::string(GetParam().poll) == "AT+CSQ" ? "AT+CIND?" : "AT+CSQ";
     EXPECT_THAT(commands, testing::Contains(GetParam().poll));
     EXPECT_THAT(commands, Not(testing::Contains(other)));
@@ -212,33 +214,33 @@ TEST(StartUp, AnUnknownOptionIsPassedOver) {
     World world(rig::Exactly{{"-xyz", "-USB305", "-X1", "/dev/ttyUSB0"}});
     world.Start();
     world.RunFor(1s);
-    EXPECT_EQ(world.Log().back(), "card type set to Sierra USB 305 Lightning");
+    EXPECT_EQ(world.trace.Log().back(), "card type set to Sierra USB 305 Lightning");
 }
 
 TEST(StartUp, TheDeviceMayStandAnywhere) {
     World world(rig::Exactly{{"/dev/ttyUSB0", "-E371", "/dev/other", "-d"}});
     world.Start();
     world.RunFor(2s);
-    EXPECT_EQ(world.CountLog("card type set to Novatel E371/MC679"), 1u);
-    EXPECT_EQ(world.CountLog("DEBUG: debug mode 1"), 1u);
-    EXPECT_THAT(world.Commands(), testing::Contains("ATE0"));
+    EXPECT_EQ(world.trace.CountLog("card type set to Novatel E371/MC679"), 1u);
+    EXPECT_EQ(world.trace.CountLog("DEBUG: debug mode 1"), 1u);
+    EXPECT_THAT(world.trace.Commands(), testing::Contains("ATE0"));
 }
 
 TEST(StartUp, TheLevelIsTheNumberOfOptions) {
     World world("-d -dd -debug");
     world.Start();
     world.RunFor(1s);
-    EXPECT_EQ(world.CountLog("DEBUG: debug mode 3"), 1u);
+    EXPECT_EQ(world.trace.CountLog("DEBUG: debug mode 3"), 1u);
 }
 
 // Guards oddity debug-level-falls.
 TEST(StartUp, AProvisioningFileTakesTheDebugOptionsBack) {
     World world("-d -d");
-    world.WriteFile("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=no\n");
+    world.files.Write("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=no\n");
     world.Start();
     world.RunFor(60s);
-    EXPECT_EQ(world.Log().at(4), "DEBUG: debug mode 2");
-    for (const std::string& line : world.Log()) {
+    EXPECT_EQ(world.trace.Log().at(4), "DEBUG: debug mode 2");
+    for (const std::string& line : world.trace.Log()) {
         EXPECT_THAT(line, Not(HasSubstr("Sending command"))) << line;
     }
 }

@@ -1,6 +1,7 @@
 // What a modem says late, unasked or not at all, and what is published of it.
 #include "hazards.h"
 
+using rig::Files;
 using rig::World;
 using ::testing::Contains;
 
@@ -10,7 +11,7 @@ namespace {
 // content with any long line of digits and is not asked again once it has one.
 TEST(AnswerHazard, AnAnswerLaterThanSeventyMillisecondsIsTakenForTheNextQuerys) {
     World world("-E362");
-    world.modem().Answer("AT$NWMDN", "\r\n2015550136\r\n\r\nOK\r\n", Late(70ms));
+    world.modem.Answer("AT$NWMDN", "\r\n2015550136\r\n\r\nOK\r\n", 70ms);
     world.Start();
     world.RunFor(2min);
     EXPECT_EQ(Published("CELLMODEM_ESN"), "2015550136");
@@ -19,7 +20,7 @@ TEST(AnswerHazard, AnAnswerLaterThanSeventyMillisecondsIsTakenForTheNextQuerys) 
 
 TEST(AnswerHazard, AnAnswerWithinSeventyMillisecondsIsItsOwn) {
     World world("-E362");
-    world.modem().Answer("AT$NWMDN", "\r\n2015550136\r\n\r\nOK\r\n", Late(45ms));
+    world.modem.Answer("AT$NWMDN", "\r\n2015550136\r\n\r\nOK\r\n", 45ms);
     world.Start();
     world.RunFor(2min);
     EXPECT_EQ(Published("CELLMODEM_ESN"), "001017036200015");
@@ -31,16 +32,17 @@ TEST(AnswerHazard, AnUnaskedRegistrationLineIsTakenForTheServiceType) {
     World world("-E362");
     world.Start();
     world.RunFor(1min);
-    EXPECT_THAT(world.Commands(), Contains("AT+CREG=2"));
+    EXPECT_THAT(world.trace.Commands(), Contains("AT+CREG=2"));
     ASSERT_EQ(Published("CELLMODEM_SERVICE_TYPE"), "LTE");
-    world.ClearTrace();
+    world.trace.Clear();
     ASSERT_TRUE(world.RunUntilCommand("AT$NWSYSMODE", 1min));
-    world.ModemSays("\r\n+CREG: 1,\"1A2B\",\"01C3D401\"\r\n");
+    world.modem.Say("\r\n+CREG: 1,\"1A2B\",\"01C3D401\"\r\n");
     world.RunFor(30s);
-    world.ExpectLogInOrder({"Service Type changed from 'LTE' to '+CREG: 1,\"1A2B\",\"01C3D401\"'",
-                            "Starting/Signaling udhcpc",
-                            "Service Type changed from '+CREG: 1,\"1A2B\",\"01C3D401\"' to 'LTE'",
-                            "Starting/Signaling udhcpc"});
+    world.trace.ExpectLogInOrder(
+        {"Service Type changed from 'LTE' to '+CREG: 1,\"1A2B\",\"01C3D401\"'",
+         "Starting/Signaling udhcpc",
+         "Service Type changed from '+CREG: 1,\"1A2B\",\"01C3D401\"' to 'LTE'",
+         "Starting/Signaling udhcpc"});
 }
 
 // Neither the call nor the modem is looked after; only the age of the files tells.
@@ -48,13 +50,13 @@ TEST(AnswerHazard, AMuteModemIsNeverReset) {
     World world("-E362");
     world.Start();
     world.RunFor(1min);
-    world.Control("silence 30d");
+    world.modem.Control("silence 30d");
     world.RunFor(10s);
-    const std::string before = World::File(kStatistics);
+    const std::string before = Files::Read(kStatistics);
     world.RunFor(24h);
-    EXPECT_EQ(world.CountLog(kReset), 0U);
-    EXPECT_EQ(World::File(kStatistics), before);
-    EXPECT_TRUE(world.Running());
+    EXPECT_EQ(world.trace.CountLog(kReset), 0U);
+    EXPECT_EQ(Files::Read(kStatistics), before);
+    EXPECT_TRUE(world.daemon.Running());
 }
 
 struct SignalRow {
@@ -72,7 +74,7 @@ TEST(SignalHazard, AnEmptyLevelIsShownAsFullSignal) {
           SignalRow{"-E371", "lte", "0", "31"}}) {
         SCOPED_TRACE(row.card);
         World world(row.card);
-        world.Control(std::string("service ") + row.service);
+        world.modem.Control(std::string("service ") + row.service);
         world.Start();
         world.RunFor(1min);
         EXPECT_EQ(Published("CELLMODEM_CURRENT_RSSI"), row.rssi);
@@ -82,12 +84,12 @@ TEST(SignalHazard, AnEmptyLevelIsShownAsFullSignal) {
 
 TEST(SignalHazard, AnUnknownSignalIsShownAsMinus99) {
     World world;
-    world.modem().Answer("AT+CSQ", "\r\n+CSQ: 99,99\r\n\r\nOK\r\n");
+    world.modem.Answer("AT+CSQ", "\r\n+CSQ: 99,99\r\n\r\nOK\r\n");
     world.Start();
     world.RunFor(1min);
     EXPECT_EQ(Published("CELLMODEM_CURRENT_RSSI"), "-99");
     EXPECT_EQ(Published("CELLMODEM_CURRENT_CSQ"), "99");
-    EXPECT_EQ(World::File("/var/log/lightbar"), "+CSQ: 99,99\n");
+    EXPECT_EQ(Files::Read("/var/log/lightbar"), "+CSQ: 99,99\n");
 }
 
 }  // namespace

@@ -21,8 +21,3 @@ inline constexpr char kReset[] = "Resetting device";
 
 // The published value, of the file as it is now; "no KEY" when the file has no such line.
 std::string Published(const std::string& key);
-
-// For sim::Modem::Answer, which counts in microseconds.
-constexpr std::int64_t Late(rig::Duration delay) {
-    return delay.count();
-}

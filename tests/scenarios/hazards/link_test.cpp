@@ -14,19 +14,19 @@ constexpr std::uint64_t kMebibyte = 1ULL << 20;
 TEST(LinkHazard, MoreThanTwoGibibytesResetTheModemAgainAndAgain) {
     World world("-E362");
     Carrier carrier(world);
-    world.SetTxBytes([](rig::Duration now) {
+    world.router.SetTxBytes([](rig::Duration now) {
         return (1048 + static_cast<std::uint64_t>(now / 1s)) * kMebibyte;
     });
     const auto failures_until = [&world](rig::Duration end) {
-        world.ClearTrace();
-        world.RunFor(end - world.Now());
-        return world.CountLog(kStuck);
+        world.trace.Clear();
+        world.RunFor(end - world.clock.Now());
+        return world.trace.CountLog(kStuck);
     };
     world.Start();
     EXPECT_EQ(failures_until(1200s), 0U);
     EXPECT_GE(failures_until(3000s), 50U) << "2 to 4 GiB";
-    EXPECT_GE(world.CountLog(kReset), 5U);
-    EXPECT_EQ(world.CountLog(kRestarting), 0U) << "the call was up all the time";
+    EXPECT_GE(world.trace.CountLog(kReset), 5U);
+    EXPECT_EQ(world.trace.CountLog(kRestarting), 0U) << "the call was up all the time";
     EXPECT_GE(failures_until(4600s), 40U) << "above 4 GiB";
     EXPECT_LE(failures_until(4800s), 5U) << "above the last good count";
     EXPECT_EQ(failures_until(5000s), 0U);
@@ -38,16 +38,16 @@ TEST(LinkHazard, MoreThanTwoGibibytesResetTheModemAgainAndAgain) {
 TEST(LinkHazard, TwoErrorCountsAboveNoughtResetTheModemAtEveryPass) {
     World world("-E362");
     Carrier carrier(world);
-    world.SetTxBytes(1000);
+    world.router.SetTxBytes(1000);
     world.Start();
     ASSERT_TRUE(world.RunUntilLog(kReset, 1h));
-    world.Control("connect-fails 14 3 forever");
-    world.Control("call drop");
+    world.modem.Control("connect-fails 14 3 forever");
+    world.modem.Control("call drop");
     ASSERT_TRUE(world.RunUntilLog(kRestarting, 2min));
-    world.ClearTrace();
+    world.trace.Clear();
     world.RunFor(2min);
-    EXPECT_GE(world.CountLog(kReset), 8U);
-    EXPECT_LE(world.CountLog(kRestarting), 3U);
+    EXPECT_GE(world.trace.CountLog(kReset), 8U);
+    EXPECT_LE(world.trace.CountLog(kRestarting), 3U);
 }
 
 }  // namespace

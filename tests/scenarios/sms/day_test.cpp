@@ -9,11 +9,11 @@ using ::testing::SizeIs;
 TEST(SmsDay, LosesNothingAndKeepsNothing) {
     constexpr std::size_t kMessages = 24 * 60 - 2;  // one a minute each way; the last have time
     SmsWorld world;
-    world.Keep({rig::Kind::kLog});
-    world.modem().SetHeardLimit(100);
+    world.trace.Keep({rig::Kind::kLog});
+    world.modem.Sim().SetHeardLimit(100);
     std::size_t dropped = 0;
     std::size_t arrived = 0;
-    world.Every(1min, [&] {
+    world.clock.Every(1min, [&] {
         if (dropped == kMessages) return;
         ++dropped;
         world.Drop("out" + std::to_string(dropped),
@@ -28,7 +28,7 @@ TEST(SmsDay, LosesNothingAndKeepsNothing) {
     EXPECT_THAT(sent, SizeIs(kMessages));
     EXPECT_THAT(std::set<std::string>(sent.begin(), sent.end()), SizeIs(kMessages));
     EXPECT_THAT(SmsWorld::Waiting(), IsEmpty());
-    EXPECT_THAT(world.List("/tmp/sms/send_fail"), IsEmpty());
+    EXPECT_THAT(world.files.List("/tmp/sms/send_fail"), IsEmpty());
 
     std::set<std::string> texts;
     for (const std::string& file : SmsWorld::Received())
@@ -36,5 +36,5 @@ TEST(SmsDay, LosesNothingAndKeepsNothing) {
     EXPECT_THAT(texts, SizeIs(kMessages));
     EXPECT_EQ(texts.count("MSG=in 1\n"), 1u);
     EXPECT_EQ(texts.count("MSG=in " + std::to_string(kMessages) + "\n"), 1u);
-    EXPECT_EQ(world.modem().GetState().sms.Used(), 0);
+    EXPECT_EQ(world.modem.Sim().GetState().sms.Used(), 0);
 }

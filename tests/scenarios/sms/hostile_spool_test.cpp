@@ -28,10 +28,10 @@ struct StayInTmp {
 
 // The daemon still does its work.
 void ExpectAlive(SmsWorld& world) {
-    const auto before = world.CommandTimes(kListUnread).size();
+    const auto before = world.trace.CommandTimes(kListUnread).size();
     world.RunFor(60s);
-    EXPECT_TRUE(world.Running());
-    EXPECT_GT(world.CommandTimes(kListUnread).size(), before);
+    EXPECT_TRUE(world.daemon.Running());
+    EXPECT_GT(world.trace.CommandTimes(kListUnread).size(), before);
 }
 
 }  // namespace
@@ -75,11 +75,11 @@ TEST(HostileNames, AreOneWordToTheShell) {
         world.Drop(name);
         ASSERT_TRUE(world.RunUntilGone(name, 5min));
         const std::string failed = name + "." + world.Stamp();
-        EXPECT_EQ(world.File(kFail + failed), "TO=+15551234567\nMSG=Hello\n");
-        EXPECT_THAT(world.List("/tmp/sms/send_fail"), SizeIs(1));
-        world.RemoveFile(kFail + failed);
+        EXPECT_EQ(world.files.Read(kFail + failed), "TO=+15551234567\nMSG=Hello\n");
+        EXPECT_THAT(world.files.List("/tmp/sms/send_fail"), SizeIs(1));
+        world.files.Remove(kFail + failed);
     }
-    EXPECT_FALSE(world.Exists("/tmp/pwned"));
+    EXPECT_FALSE(world.files.Exists("/tmp/pwned"));
 }
 
 TEST(HostileNames, OfTheFullLengthKeepRoomForTheTimeStamp) {
@@ -90,7 +90,7 @@ TEST(HostileNames, OfTheFullLengthKeepRoomForTheTimeStamp) {
         world.Start();
         ASSERT_TRUE(world.RunUntilGone(name, 5min));
         const std::string failed = name.substr(0, 239) + "." + world.Stamp();
-        EXPECT_EQ(world.File(kFail + failed), "TO=+15551234567\nMSG=Hello\n");
+        EXPECT_EQ(world.files.Read(kFail + failed), "TO=+15551234567\nMSG=Hello\n");
     }
 }
 
@@ -147,10 +147,10 @@ TEST(HostileFiles, OfEveryTypeAreThrownAwayWithoutHoldingTheDaemonUp) {
         world.Start();
         EXPECT_TRUE(world.RunUntilGone("bad", 60s));
         world.RunFor(1s);
-        world.ExpectLogInOrder({"Reading SMS File /tmp/sms/send/bad", c.reason,
-                                "SMS send file /tmp/sms/send/bad is invalid, deleting"});
+        world.trace.ExpectLogInOrder({"Reading SMS File /tmp/sms/send/bad", c.reason,
+                                      "SMS send file /tmp/sms/send/bad is invalid, deleting"});
         EXPECT_THAT(world.Sent(), IsEmpty());
-        EXPECT_TRUE(world.Exists("/etc")) << "only the link goes";
+        EXPECT_TRUE(world.files.Exists("/etc")) << "only the link goes";
         ExpectAlive(world);
     }
 }
@@ -170,10 +170,10 @@ TEST(HostileFiles, AFifoThatSomebodyFeedsIsNotRead) {
 TEST(HostileFiles, ThatCannotBeReadAreDeleted) {
     SmsWorld world;
     world.Drop("bad");
-    world.FailPath("/tmp/sms/send/bad", EACCES);
+    world.files.Fail("/tmp/sms/send/bad", EACCES);
     world.Start();
     EXPECT_TRUE(world.RunUntilGone("bad", 60s));
-    EXPECT_EQ(world.CountLog("Cannot open SMS file /tmp/sms/send/bad"), 1u);
+    EXPECT_EQ(world.trace.CountLog("Cannot open SMS file /tmp/sms/send/bad"), 1u);
 }
 
 TEST(HostileFiles, ThatVanishBetweenListingAndReadingAreNoTrouble) {
@@ -181,10 +181,10 @@ TEST(HostileFiles, ThatVanishBetweenListingAndReadingAreNoTrouble) {
     world.Drop("bad");
     world.Start();
     EXPECT_TRUE(world.RunUntilLog("Reading SMS File /tmp/sms/send/bad", 60s));
-    world.RemoveFile("/tmp/sms/send/bad");
+    world.files.Remove("/tmp/sms/send/bad");
     world.RunFor(1s);
-    world.ExpectLogInOrder({"Cannot open SMS file /tmp/sms/send/bad",
-                            "SMS send file /tmp/sms/send/bad is invalid, deleting"});
+    world.trace.ExpectLogInOrder({"Cannot open SMS file /tmp/sms/send/bad",
+                                  "SMS send file /tmp/sms/send/bad is invalid, deleting"});
     ExpectAlive(world);
 }
 
@@ -207,7 +207,7 @@ TEST(HostileFiles, ZeroBytesAreSentAsTheyStand) {
     world.Drop("msg", std::string("TO=1\nMSG=a\0b\n", 13));
     world.Start();
     EXPECT_TRUE(world.RunUntilGone("msg", 60s));
-    const auto writes = world.GetTrace().Texts(rig::Kind::kWrite);
+    const auto writes = world.trace.Texts(rig::Kind::kWrite);
     EXPECT_THAT(writes, Contains(std::string("a\0b\n\n\x1a", 6)));
 }
 
@@ -216,14 +216,14 @@ TEST(HostileFiles, ADirectoryIsReportedAtEveryPassAndStays) {
     std::filesystem::create_directories("/tmp/sms/send/sub");
     world.Start();
     world.RunFor(3min);
-    EXPECT_TRUE(world.Exists("/tmp/sms/send/sub"));
-    EXPECT_EQ(world.CountLog("SMS send file /tmp/sms/send/sub is invalid, deleting"),
-              world.ShellTimes(kMakeSend).size());
+    EXPECT_TRUE(world.files.Exists("/tmp/sms/send/sub"));
+    EXPECT_EQ(world.trace.CountLog("SMS send file /tmp/sms/send/sub is invalid, deleting"),
+              world.trace.ShellTimes(kMakeSend).size());
     world.Drop("msg");
     const bool sub_is_first = SmsWorld::FirstListed() == "sub";
     world.RunFor(60s);
     EXPECT_EQ(world.IsGone("msg"), !sub_is_first) << "what is listed before it is sent";
-    world.RemoveFile("/tmp/sms/send/sub");
+    world.files.Remove("/tmp/sms/send/sub");
     world.RunFor(60s);
     EXPECT_TRUE(world.IsGone("msg"));
 }
@@ -245,45 +245,46 @@ TEST(HostileFiles, AHundredThousandAreServedOneByOne) {
 
 TEST(HostileSpool, ThatIsAFileIsLeftAlone) {
     SmsWorld world;
-    world.WriteFile("/tmp/sms", "not a directory");
+    world.files.Write("/tmp/sms", "not a directory");
     world.Arrive("+15551234567", "Hello");
     world.Start();
     world.RunFor(60s);
-    EXPECT_EQ(world.File("/tmp/sms"), "not a directory");
-    EXPECT_EQ(world.CountLogContaining("Got SMS from 15551234567"), 1u) << "the log still has it";
+    EXPECT_EQ(world.files.Read("/tmp/sms"), "not a directory");
+    EXPECT_EQ(world.trace.CountLogContaining("Got SMS from 15551234567"), 1u)
+        << "the log still has it";
     ExpectAlive(world);
 }
 
 TEST(HostileSpool, WhoseSendDirectoryIsAFileStillReceives) {
     SmsWorld world;
-    world.WriteFile("/tmp/sms/send", "not a directory");
+    world.files.Write("/tmp/sms/send", "not a directory");
     world.Arrive("+15551234567", "Hello");
     world.Start();
     world.RunFor(60s);
     EXPECT_THAT(SmsWorld::Received(), SizeIs(1));
-    EXPECT_EQ(world.File("/tmp/sms/send"), "not a directory");
+    EXPECT_EQ(world.files.Read("/tmp/sms/send"), "not a directory");
 }
 
 TEST(HostileSpool, OnAFullFileSystemCostsTheFileNotTheDaemon) {
     SmsWorld world;
     std::filesystem::create_directories(kReceive);
-    world.MountSmall("/tmp/sms/recv", 4096);
+    world.files.MountSmall("/tmp/sms/recv", 4096);
     std::ofstream(kReceive + std::string("filler")) << std::string(4096, 'x');
     world.Arrive("+15551234567", "Hello");
     world.Start();
     world.RunFor(60s);
-    EXPECT_EQ(world.CountLogContaining("Got SMS from 15551234567"), 1u);
+    EXPECT_EQ(world.trace.CountLogContaining("Got SMS from 15551234567"), 1u);
     std::filesystem::remove("/tmp/sms/recv/filler");
     world.Arrive("+15551234567", "Again");
     world.RunFor(60s);
-    EXPECT_EQ(world.CountLogContaining("Message: Again\n"), 1u);
+    EXPECT_EQ(world.trace.CountLogContaining("Message: Again\n"), 1u);
     EXPECT_THAT(SmsWorld::Received(), Contains(EndsWith("\nMSG=Again\n")));
 }
 
 // The file cannot be deleted, so it goes out again: what docs/sms.md warns of.
 TEST(HostileSpool, ThatIsReadOnlySendsAFileAtEveryPass) {
     SmsWorld world;
-    world.MountSmall("/tmp/sms/send", 1 << 16);
+    world.files.MountSmall("/tmp/sms/send", 1 << 16);
     world.Drop("msg");
     ASSERT_EQ(mount(nullptr, "/tmp/sms/send", nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
     world.Start();
@@ -296,20 +297,20 @@ TEST(HostileSpool, ThatIsReadOnlySendsAFileAtEveryPass) {
 TEST(HostileSpool, ThatIsReadOnlyToReceiveStillLogsEveryMessage) {
     SmsWorld world;
     std::filesystem::create_directories(kReceive);
-    world.MountReadOnly("/tmp/sms/recv");
+    world.files.MountReadOnly("/tmp/sms/recv");
     world.Arrive("+15551234567", "Hello");
     world.Start();
     world.RunFor(60s);
-    EXPECT_EQ(world.CountLogContaining("Message: Hello\n"), 1u);
-    EXPECT_THAT(world.List("/tmp/sms/recv"), IsEmpty());
+    EXPECT_EQ(world.trace.CountLogContaining("Message: Hello\n"), 1u);
+    EXPECT_THAT(world.files.List("/tmp/sms/recv"), IsEmpty());
 }
 
 TEST(PlantedLinks, InAReceivedFilesPlaceAreRemovedAndNotFollowed) {
     for (const bool hard : {false, true}) {
         SCOPED_TRACE(hard ? "hard link" : "symbolic link");
         SmsWorld world;
-        world.WriteFile("/tmp/precious", "keep me");
-        world.modem().AnswerOnce(
+        world.files.Write("/tmp/precious", "keep me");
+        world.modem.AnswerOnce(
             kListUnread, "\r\n+CMGL: 1,\"REC UNREAD\",\"+1\",,\"d,t\"\r\nHello\r\n\r\nOK\r\n");
         world.Start();
         ASSERT_TRUE(world.RunUntilLog("Got SMS from 1 at d-t, Message: Hello\n", 60s));
@@ -320,8 +321,8 @@ TEST(PlantedLinks, InAReceivedFilesPlaceAreRemovedAndNotFollowed) {
             std::filesystem::create_symlink("/tmp/precious", path);
         }
         world.RunFor(1s);
-        EXPECT_EQ(world.File("/tmp/precious"), "keep me");
-        EXPECT_EQ(world.File(path), "FROM=1\nTIME=d-t\nMSG=Hello\n");
+        EXPECT_EQ(world.files.Read("/tmp/precious"), "keep me");
+        EXPECT_EQ(world.files.Read(path), "FROM=1\nTIME=d-t\nMSG=Hello\n");
         EXPECT_FALSE(std::filesystem::is_symlink(path));
     }
 }
@@ -339,7 +340,7 @@ TEST(PlantedLinks, InAFailedFilesPlaceDoNotLeadItOut) {
     world.RunFor(1s);
     EXPECT_TRUE(std::filesystem::is_empty("/tmp/elsewhere"));
     EXPECT_FALSE(std::filesystem::is_symlink(failed));
-    EXPECT_EQ(world.File(failed), "TO=+15551234567\nMSG=Hello\n");
+    EXPECT_EQ(world.files.Read(failed), "TO=+15551234567\nMSG=Hello\n");
 }
 
 // A normal user cannot give a link away: there it is the daemon's own, which is used.
@@ -352,9 +353,9 @@ TEST(PlantedLinks, InASpoolDirectorysPlaceAreRefusedUnlessTheyAreOurOwn) {
     world.Start();
     world.RunFor(60s);
     EXPECT_EQ(std::filesystem::is_empty("/tmp/elsewhere"), foreign);
-    EXPECT_EQ(world.CountLogContaining("is a link that somebody else made, not using it") > 0,
+    EXPECT_EQ(world.trace.CountLogContaining("is a link that somebody else made, not using it") > 0,
               foreign);
-    EXPECT_EQ(world.CountLogContaining("Message: Hello\n"), 1u);
+    EXPECT_EQ(world.trace.CountLogContaining("Message: Hello\n"), 1u);
     ExpectAlive(world);
 }
 
@@ -367,6 +368,6 @@ TEST(PlantedLinks, ThatAppearDuringASendingAreNotDeletedThrough) {
     std::filesystem::create_symlink("/tmp/elsewhere", "/tmp/sms/send");
     const bool foreign = lchown("/tmp/sms/send", 12345, 12345) == 0;
     world.RunFor(5s);
-    EXPECT_EQ(world.CountLogContaining("Send Success"), 1u);
-    EXPECT_EQ(world.Exists("/tmp/elsewhere/passwd"), foreign);
+    EXPECT_EQ(world.trace.CountLogContaining("Send Success"), 1u);
+    EXPECT_EQ(world.files.Exists("/tmp/elsewhere/passwd"), foreign);
 }

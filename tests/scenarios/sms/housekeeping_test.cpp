@@ -20,24 +20,24 @@ TEST(OldSpoolFile, IsKeptForADayAndGoneASecondLater) {
     world.RunFor(30s);
     for (const char* folder : {"send", "send_fail", "recv"}) {
         SCOPED_TRACE(folder);
-        world.ClearTrace();
+        world.trace.Clear();
         const std::string path = std::string("/tmp/sms/") + folder + "/";
-        world.WriteFile(path + "day", "TO=1\nMSG=x\n");
-        world.WriteFile(path + "more", "TO=1\nMSG=x\n");
+        world.files.Write(path + "day", "TO=1\nMSG=x\n");
+        world.files.Write(path + "more", "TO=1\nMSG=x\n");
         // Right there, no time passes between this line and the look at the files.
         ASSERT_TRUE(world.RunUntilLog("DEBUG: DeleteOldSmSFiles(" + path + "): running", 2min));
-        world.SetAge(path + "day", 86400s);
-        world.SetAge(path + "more", 86401s);
+        world.files.SetAge(path + "day", 86400s);
+        world.files.SetAge(path + "more", 86401s);
         world.RunFor(1s);
-        EXPECT_TRUE(world.Exists(path + "day"));
-        EXPECT_FALSE(world.Exists(path + "more"));
-        world.ExpectLogInOrder(
+        EXPECT_TRUE(world.files.Exists(path + "day"));
+        EXPECT_FALSE(world.files.Exists(path + "more"));
+        world.trace.ExpectLogInOrder(
             {"DEBUG: DeleteOldSmSFiles(): Checking age of SMS file more, 86401/86400 seconds",
              "Deleting SMS file '" + path + "more', older than 1440 minutes."});
-        EXPECT_EQ(world.CountLog("DEBUG: DeleteOldSmSFiles(): Checking age of SMS file day, "
-                                 "86400/86400 seconds"),
+        EXPECT_EQ(world.trace.CountLog("DEBUG: DeleteOldSmSFiles(): Checking age of SMS file day, "
+                                       "86400/86400 seconds"),
                   1u);
-        world.RemoveFile(path + "day");
+        world.files.Remove(path + "day");
     }
 }
 
@@ -45,45 +45,45 @@ TEST(OldSpoolFile, IsLookedForEveryFifteenMinutes) {
     SmsWorld world;
     world.Start();
     world.RunFor(1h);
-    const auto times = world.ShellTimes(kMakeReceive);
+    const auto times = world.trace.ShellTimes(kMakeReceive);
     ASSERT_THAT(times, SizeIs(4));
     for (std::size_t i = 1; i < times.size(); ++i) {
         EXPECT_GE(times[i] - times[i - 1], 900s);
         EXPECT_LE(times[i] - times[i - 1], 940s);
     }
-    EXPECT_EQ(world.ShellTimes("mkdir -p /tmp/sms/send/").size(), 4u);
-    EXPECT_EQ(world.ShellTimes("mkdir -p /tmp/sms/send_fail/").size(), 4u);
+    EXPECT_EQ(world.trace.ShellTimes("mkdir -p /tmp/sms/send/").size(), 4u);
+    EXPECT_EQ(world.trace.ShellTimes("mkdir -p /tmp/sms/send_fail/").size(), 4u);
 }
 
 TEST(OldSpoolFile, IsLookedForAtEveryPassAtAnyDebugLevelButZero) {
     SmsWorld world("-881 -d");
     world.Start();
     world.RunFor(5min);
-    const auto passes = world.CommandTimes(kListUnread).size();
+    const auto passes = world.trace.CommandTimes(kListUnread).size();
     ASSERT_GE(passes, 8u);
-    EXPECT_GE(world.ShellTimes(kMakeReceive).size(), passes);
-    EXPECT_LE(world.ShellTimes(kMakeReceive).size(), passes + 1);
-    EXPECT_EQ(world.CountLog("DEBUG: DeleteOldRecvSmSFiles running"),
-              world.ShellTimes(kMakeReceive).size());
+    EXPECT_GE(world.trace.ShellTimes(kMakeReceive).size(), passes);
+    EXPECT_LE(world.trace.ShellTimes(kMakeReceive).size(), passes + 1);
+    EXPECT_EQ(world.trace.CountLog("DEBUG: DeleteOldRecvSmSFiles running"),
+              world.trace.ShellTimes(kMakeReceive).size());
 }
 
 TEST(OldSpoolFile, GetsANewDayFromAChangeOfItsMode) {
     SmsWorld world;
-    world.WriteFile("/tmp/sms/recv/file", "");
-    world.SetAge("/tmp/sms/recv/file", 86400s - 10s);
+    world.files.Write("/tmp/sms/recv/file", "");
+    world.files.SetAge("/tmp/sms/recv/file", 86400s - 10s);
     world.Start();
     ASSERT_EQ(chmod("/tmp/sms/recv/file", 0600), 0);
     world.RunFor(1h);
-    EXPECT_TRUE(world.Exists("/tmp/sms/recv/file"));
+    EXPECT_TRUE(world.files.Exists("/tmp/sms/recv/file"));
 }
 
 TEST(OldSpoolFile, OfADayAndAnHourIsGoneAtTheFirstPass) {
     SmsWorld world;
-    world.WriteFile("/tmp/sms/recv/file", "");
-    world.SetAge("/tmp/sms/recv/file", 25h);
+    world.files.Write("/tmp/sms/recv/file", "");
+    world.files.SetAge("/tmp/sms/recv/file", 25h);
     world.Start();
     world.RunFor(60s);
-    EXPECT_THAT(world.List("/tmp/sms/recv"), IsEmpty());
+    EXPECT_THAT(world.files.List("/tmp/sms/recv"), IsEmpty());
 }
 
 TEST(OldSpoolFile, FollowsTheWallClockWhereverItJumps) {
@@ -91,10 +91,10 @@ TEST(OldSpoolFile, FollowsTheWallClockWhereverItJumps) {
     world.Drop("msg");
     world.Start();
     world.RunFor(60s);
-    world.JumpClock(-48h);
+    world.clock.Jump(-48h);
     world.RunFor(20min);
     EXPECT_FALSE(world.IsGone("msg")) << "a file from the future is kept";
-    world.JumpClock(48h + 25h);
+    world.clock.Jump(48h + 25h);
     world.RunFor(60s);
     EXPECT_TRUE(world.IsGone("msg")) << "a clock set forward makes every file old";
 }
@@ -103,12 +103,12 @@ TEST(SpoolDirectories, AreMadeAndMadeAgain) {
     SmsWorld world;
     world.Start();
     world.RunFor(60s);
-    for (const char* folder : {kSend, kFail, kReceive}) EXPECT_TRUE(world.Exists(folder));
-    world.RemoveFile("/tmp/sms");
+    for (const char* folder : {kSend, kFail, kReceive}) EXPECT_TRUE(world.files.Exists(folder));
+    world.files.Remove("/tmp/sms");
     world.RunFor(60s);
-    EXPECT_TRUE(world.Exists(kSend));
-    EXPECT_TRUE(world.Exists(kFail));
-    EXPECT_FALSE(world.Exists(kReceive)) << "that one waits for the housekeeping";
+    EXPECT_TRUE(world.files.Exists(kSend));
+    EXPECT_TRUE(world.files.Exists(kFail));
+    EXPECT_FALSE(world.files.Exists(kReceive)) << "that one waits for the housekeeping";
     world.RunFor(15min);
-    EXPECT_TRUE(world.Exists(kReceive));
+    EXPECT_TRUE(world.files.Exists(kReceive));
 }

@@ -27,25 +27,26 @@ TEST(ReceivedSms, BecomesAFileAndLeavesTheModem) {
     EXPECT_TRUE(world.RunUntilCommand(kDeleteRead, 60s));
     const std::string stamp = world.Stamp();
     world.RunFor(5s);
-    EXPECT_EQ(world.List("/tmp/sms/recv"), Lines{"sms_msg" + stamp + ".1"});
+    EXPECT_EQ(world.files.List("/tmp/sms/recv"), Lines{"sms_msg" + stamp + ".1"});
     ASSERT_THAT(SmsWorld::Received(), SizeIs(1));
     const std::string file = SmsWorld::Received()[0];
     EXPECT_EQ(file.substr(0, 22), "FROM=15551234567\nTIME=");
     EXPECT_EQ(file.substr(file.size() - 11), "\nMSG=Hello\n");
-    EXPECT_EQ(world.modem().GetState().sms.Used(), 0);
+    EXPECT_EQ(world.modem.Sim().GetState().sms.Used(), 0);
 }
 
 TEST(ReceivedSms, IsAskedForEveryFifteenSecondsOrALittleLater) {
     SmsWorld world;
     world.Start();
     world.RunFor(10min);
-    const auto times = world.CommandTimes(kListUnread);
+    const auto times = world.trace.CommandTimes(kListUnread);
     ASSERT_GE(times.size(), 20u);
     for (std::size_t i = 1; i < times.size(); ++i) {
         EXPECT_GE(times[i] - times[i - 1], 15s);
         EXPECT_LE(times[i] - times[i - 1], 35s);
     }
-    EXPECT_EQ(world.CommandTimes(kDeleteRead).size(), times.size()) << "read messages always go";
+    EXPECT_EQ(world.trace.CommandTimes(kDeleteRead).size(), times.size())
+        << "read messages always go";
 }
 
 TEST(ReceivedSms, TwoOfOneListingShareTheTimeInTheirNames) {
@@ -54,13 +55,13 @@ TEST(ReceivedSms, TwoOfOneListingShareTheTimeInTheirNames) {
     world.Arrive("+15551110002", "second");
     world.Start();
     world.RunFor(40s);
-    const auto names = world.List("/tmp/sms/recv");
+    const auto names = world.files.List("/tmp/sms/recv");
     ASSERT_THAT(names, SizeIs(2));
     EXPECT_EQ(names[0].substr(0, 22), names[1].substr(0, 22));
     EXPECT_EQ(names[0].substr(22), ".1");
     EXPECT_EQ(names[1].substr(22), ".2");
-    EXPECT_NE(world.File(kReceive + names[0]).find("FROM=15551110001\n"), std::string::npos);
-    EXPECT_NE(world.File(kReceive + names[1]).find("FROM=15551110002\n"), std::string::npos);
+    EXPECT_NE(world.files.Read(kReceive + names[0]).find("FROM=15551110001\n"), std::string::npos);
+    EXPECT_NE(world.files.Read(kReceive + names[1]).find("FROM=15551110002\n"), std::string::npos);
 }
 
 TEST(ReceivedSms, KeepsItsLinesAndTheEmptyOnes) {
@@ -89,7 +90,7 @@ TEST(ReceivedSms, KeepsItsLinesAndTheEmptyOnes) {
           Case{"nothing but an error", "\r\n+CMS ERROR: 320\r\n", {}}}) {
         SCOPED_TRACE(c.what);
         SmsWorld world;
-        world.modem().AnswerOnce(kListUnread, "\r\n" + c.listing);
+        world.modem.AnswerOnce(kListUnread, "\r\n" + c.listing);
         world.Start();
         EXPECT_TRUE(world.RunUntilCommand(kDeleteRead, 60s)) << "what was read is deleted anyway";
         EXPECT_EQ(SmsWorld::Received(), c.files);
@@ -98,29 +99,30 @@ TEST(ReceivedSms, KeepsItsLinesAndTheEmptyOnes) {
 
 TEST(ReceivedSms, AThousandInOneListingAllArrive) {
     SmsWorld world;
-    world.Control("store 1000");
+    world.modem.Control("store 1000");
     for (int i = 1; i <= 1000; ++i) {
         world.Arrive("+15551234567", "message " + std::to_string(i) + ".");
     }
     world.Start();
     world.RunFor(60s);
-    EXPECT_THAT(world.List("/tmp/sms/recv"), SizeIs(1000));
+    EXPECT_THAT(world.files.List("/tmp/sms/recv"), SizeIs(1000));
     for (const int i : {1, 2, 500, 999, 1000}) {
         const std::string line = "message " + std::to_string(i) + ".\n";
-        EXPECT_EQ(world.CountLogContaining(line), 1u) << line;
+        EXPECT_EQ(world.trace.CountLogContaining(line), 1u) << line;
     }
-    EXPECT_EQ(world.modem().GetState().sms.Used(), 0);
+    EXPECT_EQ(world.modem.Sim().GetState().sms.Used(), 0);
 }
 
 TEST(ReceivedSms, ThoseThatWaitForAFullStoreFollow) {
     SmsWorld world;
-    world.Control("store 3");
+    world.modem.Control("store 3");
     for (int i = 1; i <= 8; ++i) world.Arrive("+15551234567", "message " + std::to_string(i));
     world.Start();
     world.RunFor(3min);
     EXPECT_THAT(SmsWorld::Received(), SizeIs(8));
     for (int i = 1; i <= 8; ++i) {
-        EXPECT_EQ(world.CountLogContaining("Message: message " + std::to_string(i) + "\n"), 1u);
+        EXPECT_EQ(world.trace.CountLogContaining("Message: message " + std::to_string(i) + "\n"),
+                  1u);
     }
 }
 
@@ -132,8 +134,8 @@ TEST(ReceivedSms, OneThatArrivesWhileTheListIsWrittenOutIsNotDeletedUnread) {
     world.RunFor(1s);
     world.Arrive("+15551234567", "late");
     world.RunFor(60s);
-    EXPECT_EQ(world.CountLogContaining("Message: early\n"), 1u);
-    EXPECT_EQ(world.CountLogContaining("Message: late\n"), 1u);
+    EXPECT_EQ(world.trace.CountLogContaining("Message: early\n"), 1u);
+    EXPECT_EQ(world.trace.CountLogContaining("Message: late\n"), 1u);
 }
 
 TEST(ReceivedSms, IsLeftAloneByAModemThatIsNotASierra881) {
@@ -143,29 +145,29 @@ TEST(ReceivedSms, IsLeftAloneByAModemThatIsNotASierra881) {
         world.Arrive("+15551234567", "Hello");
         world.Start();
         world.RunFor(90s);
-        EXPECT_EQ(world.CountLog("Modem does not support CMGF SMS"), 1u);
-        EXPECT_THAT(world.CommandsMatching("AT+CMGF"), IsEmpty());
-        EXPECT_THAT(world.CommandsMatching("AT+CMGL"), IsEmpty());
-        EXPECT_THAT(world.CommandsMatching("AT+CMG"), Each(std::string(kDeleteRead)));
-        EXPECT_THAT(world.CommandsMatching(kDeleteRead), Not(IsEmpty()));
-        EXPECT_TRUE(world.Exists("/tmp/sms/recv"));
+        EXPECT_EQ(world.trace.CountLog("Modem does not support CMGF SMS"), 1u);
+        EXPECT_THAT(world.trace.CommandsMatching("AT+CMGF"), IsEmpty());
+        EXPECT_THAT(world.trace.CommandsMatching("AT+CMGL"), IsEmpty());
+        EXPECT_THAT(world.trace.CommandsMatching("AT+CMG"), Each(std::string(kDeleteRead)));
+        EXPECT_THAT(world.trace.CommandsMatching(kDeleteRead), Not(IsEmpty()));
+        EXPECT_TRUE(world.files.Exists("/tmp/sms/recv"));
     }
 }
 
 TEST(ReceivedSms, IsLeftAloneWhenTextModeIsRefused) {
     SmsWorld world;
-    world.modem().Answer("AT+CMGF=1", "\r\nERROR\r\n");
+    world.modem.Answer("AT+CMGF=1", "\r\nERROR\r\n");
     world.Start();
     world.RunFor(60s);
-    EXPECT_EQ(world.CountLog("Modem does not support CMGF SMS"), 1u);
-    EXPECT_THAT(world.CommandsMatching("AT+CMGF"), SizeIs(1));
-    EXPECT_THAT(world.CommandsMatching("AT+CMGL"), IsEmpty());
+    EXPECT_EQ(world.trace.CountLog("Modem does not support CMGF SMS"), 1u);
+    EXPECT_THAT(world.trace.CommandsMatching("AT+CMGF"), SizeIs(1));
+    EXPECT_THAT(world.trace.CommandsMatching("AT+CMGL"), IsEmpty());
 }
 
 TEST(ReceivedSms, IsServedByAModemThatDoesNotAnswerTheSignalQuery) {
     SmsWorld world;
-    world.modem().Answer("AT+CSQ", "");
-    world.modem().Answer("AT+CSQ?", "");
+    world.modem.Answer("AT+CSQ", "");
+    world.modem.Answer("AT+CSQ?", "");
     world.Arrive("+15551234567", "Hello");
     world.Start();
     world.RunFor(60s);

@@ -22,11 +22,11 @@ TEST(SendFile, IsSentAndDeleted) {
     world.Start();
     EXPECT_TRUE(world.RunUntilGone("pump", 60s));
     ASSERT_EQ(world.Sent(), Lines{"The pump has stopped.\n\n"});
-    EXPECT_EQ(world.modem().SentMessages()[0].to, "+15551234567");
+    EXPECT_EQ(world.modem.Sim().SentMessages()[0].to, "+15551234567");
     world.RunFor(1s);
-    world.ExpectLogInOrder({"Reading SMS File /tmp/sms/send/pump",
-                            "Send Success: TO=+15551234567, MSG=The pump has stopped.\n\n"});
-    EXPECT_THAT(world.CommandsMatching("AT+CMGD"), ElementsAre(kDeleteRead, "AT+CMGD=0,2"));
+    world.trace.ExpectLogInOrder({"Reading SMS File /tmp/sms/send/pump",
+                                  "Send Success: TO=+15551234567, MSG=The pump has stopped.\n\n"});
+    EXPECT_THAT(world.trace.CommandsMatching("AT+CMGD"), ElementsAre(kDeleteRead, "AT+CMGD=0,2"));
 }
 
 TEST(SendFile, OfOneHundredAndFiftyOneCharactersLosesTheLast) {
@@ -36,8 +36,8 @@ TEST(SendFile, OfOneHundredAndFiftyOneCharactersLosesTheLast) {
     world.Start();
     EXPECT_TRUE(world.RunUntilGone("long", 60s));
     EXPECT_EQ(world.Sent(), Lines{text});
-    world.ExpectLogInOrder({"SMS Message too long (153 chars), truncating to 150 chars",
-                            "Send Success: TO=1, MSG=" + text + "z\n\n"});
+    world.trace.ExpectLogInOrder({"SMS Message too long (153 chars), truncating to 150 chars",
+                                  "Send Success: TO=1, MSG=" + text + "z\n\n"});
 }
 
 TEST(SendFile, OneIsTakenAPass) {
@@ -45,32 +45,32 @@ TEST(SendFile, OneIsTakenAPass) {
     for (const char* name : {"a", "b", "c", "d"}) world.Drop(name);
     world.Start();
     EXPECT_TRUE(world.RunUntil([&] { return SmsWorld::Waiting().empty(); }, 3min));
-    const auto times = world.CommandTimes(kCommand);
+    const auto times = world.trace.CommandTimes(kCommand);
     ASSERT_THAT(times, SizeIs(4));
     for (std::size_t i = 1; i < times.size(); ++i) EXPECT_GE(times[i] - times[i - 1], 15s);
 }
 
 TEST(SendFile, IsSentThroughASlowPromptAllTheSame) {
     SmsWorld world;
-    world.modem().Answer(kCommand, "\r\n> ", 800ms / 1us);
-    world.modem().Answer("<body>", "\r\n+CMGS: 7\r\n\r\nOK\r\n");
+    world.modem.Answer(kCommand, "\r\n> ", 800ms);
+    world.modem.Answer("<body>", "\r\n+CMGS: 7\r\n\r\nOK\r\n");
     world.Drop("msg");
     world.Start();
     EXPECT_TRUE(world.RunUntilGone("msg", 60s));
-    EXPECT_EQ(world.CountLogContaining("Send Success"), 1u);
+    EXPECT_EQ(world.trace.CountLogContaining("Send Success"), 1u);
 }
 
 TEST(SendFile, RefusedAtThePromptIsTriedAgainAfterThirtySeconds) {
     SmsWorld world;
-    world.Control("sms-fails 500 1 prompt");
+    world.modem.Control("sms-fails 500 1 prompt");
     world.Drop("msg");
     world.Start();
     EXPECT_TRUE(world.RunUntilGone("msg", 2min));
-    world.ExpectLogInOrder({"Got ERROR (not CMS error) trying to send SMS to '+15551234567'",
-                            "Send #1 Failed: TO=+15551234567, MSG=Hello\n\n (truncated)",
-                            "Send Success: TO=+15551234567, MSG=Hello\n\n"});
-    world.ExpectNoLog("CMS error #500");
-    const auto times = world.CommandTimes(kCommand);
+    world.trace.ExpectLogInOrder({"Got ERROR (not CMS error) trying to send SMS to '+15551234567'",
+                                  "Send #1 Failed: TO=+15551234567, MSG=Hello\n\n (truncated)",
+                                  "Send Success: TO=+15551234567, MSG=Hello\n\n"});
+    world.trace.ExpectNoLog("CMS error #500");
+    const auto times = world.trace.CommandTimes(kCommand);
     ASSERT_THAT(times, SizeIs(2));
     EXPECT_GE(times[1] - times[0], 30s);
     EXPECT_LE(times[1] - times[0], 70s);
@@ -79,15 +79,15 @@ TEST(SendFile, RefusedAtThePromptIsTriedAgainAfterThirtySeconds) {
 
 TEST(SendFile, RefusedAfterTheBodySaysWhy) {
     SmsWorld world;
-    world.Control("sms-fails 330 1 body");
+    world.modem.Control("sms-fails 330 1 body");
     world.Drop("msg");
     world.Start();
     EXPECT_TRUE(world.RunUntilGone("msg", 2min));
-    world.ExpectLogInOrder({"Reading SMS File /tmp/sms/send/msg",
-                            "CMS error #330: SMSC (message service center) address unknown",
-                            "Send #1 Failed: TO=+15551234567, MSG=Hello\n\n (truncated)",
-                            "Reading SMS File /tmp/sms/send/msg",
-                            "Send Success: TO=+15551234567, MSG=Hello\n\n"});
+    world.trace.ExpectLogInOrder({"Reading SMS File /tmp/sms/send/msg",
+                                  "CMS error #330: SMSC (message service center) address unknown",
+                                  "Send #1 Failed: TO=+15551234567, MSG=Hello\n\n (truncated)",
+                                  "Reading SMS File /tmp/sms/send/msg",
+                                  "Send Success: TO=+15551234567, MSG=Hello\n\n"});
 }
 
 TEST(SendFile, MovesToSendFailAtTheThirdFailure) {
@@ -97,16 +97,17 @@ TEST(SendFile, MovesToSendFailAtTheThirdFailure) {
     world.Start();
     EXPECT_TRUE(world.RunUntilGone("msg", 5min));
     const std::string stamp = world.Stamp();
-    EXPECT_EQ(world.List("/tmp/sms/send_fail"), Lines{"msg." + stamp});
-    EXPECT_EQ(world.File(kFail + ("msg." + stamp)), "TO=+15551234567\nMSG=Hello\n");
+    EXPECT_EQ(world.files.List("/tmp/sms/send_fail"), Lines{"msg." + stamp});
+    EXPECT_EQ(world.files.Read(kFail + ("msg." + stamp)), "TO=+15551234567\nMSG=Hello\n");
     world.RunFor(1s);
-    world.ExpectLogInOrder({"Send #1 Failed: TO=+15551234567, MSG=Hello\n\n (truncated)",
-                            "Send #2 Failed: TO=+15551234567, MSG=Hello\n\n (truncated)",
-                            kNetworkFault,
-                            "Send #3 Failed : TO=+15551234567, MSG=Hello\n\n (truncated)",
-                            "Max send attempt, moving file to /tmp/sms/send_fail//msg." + stamp});
-    EXPECT_THAT(world.Shell(), Contains("mv -f /tmp/sms/send/msg /tmp/sms/send_fail/msg." + stamp));
-    const auto times = world.CommandTimes(kCommand);
+    world.trace.ExpectLogInOrder(
+        {"Send #1 Failed: TO=+15551234567, MSG=Hello\n\n (truncated)",
+         "Send #2 Failed: TO=+15551234567, MSG=Hello\n\n (truncated)", kNetworkFault,
+         "Send #3 Failed : TO=+15551234567, MSG=Hello\n\n (truncated)",
+         "Max send attempt, moving file to /tmp/sms/send_fail//msg." + stamp});
+    EXPECT_THAT(world.trace.Shell(),
+                Contains("mv -f /tmp/sms/send/msg /tmp/sms/send_fail/msg." + stamp));
+    const auto times = world.trace.CommandTimes(kCommand);
     ASSERT_THAT(times, SizeIs(3));
     EXPECT_GE(times[1] - times[0], 30s);
     EXPECT_GE(times[2] - times[1], 30s);
@@ -119,27 +120,27 @@ TEST(SendFile, BehindAGivenUpOneIsTakenWithoutDelay) {
     world.Drop("first");
     world.Start();
     EXPECT_TRUE(world.RunUntilGone("first", 5min));
-    world.Control("sms-fails off");
+    world.modem.Control("sms-fails off");
     world.Drop("second");
-    const auto given_up = world.Now();
+    const auto given_up = world.clock.Now();
     EXPECT_TRUE(world.RunUntilGone("second", 60s));
-    EXPECT_LT(world.Now() - given_up, 30s) << "the delay ends with the file";
+    EXPECT_LT(world.clock.Now() - given_up, 30s) << "the delay ends with the file";
 }
 
 TEST(SendFile, SentBetweenFailuresStartsTheCountAnew) {
     SmsWorld world;
-    world.Control("sms-fails 38 2 body");
+    world.modem.Control("sms-fails 38 2 body");
     world.Drop("first");
     world.Start();
     EXPECT_TRUE(world.RunUntilGone("first", 5min));
     world.LetTheModemRefuse();
     world.Drop("second");
     EXPECT_TRUE(world.RunUntilGone("second", 5min));
-    EXPECT_EQ(world.CountLogContaining("Send #1 Failed:"), 2u);
-    EXPECT_EQ(world.CountLogContaining("Send #2 Failed:"), 2u);
-    EXPECT_EQ(world.CountLogContaining("Send #3 Failed :"), 1u);
+    EXPECT_EQ(world.trace.CountLogContaining("Send #1 Failed:"), 2u);
+    EXPECT_EQ(world.trace.CountLogContaining("Send #2 Failed:"), 2u);
+    EXPECT_EQ(world.trace.CountLogContaining("Send #3 Failed :"), 1u);
     world.RunFor(1s);
-    EXPECT_THAT(world.List("/tmp/sms/send_fail"), SizeIs(1));
+    EXPECT_THAT(world.files.List("/tmp/sms/send_fail"), SizeIs(1));
 }
 
 TEST(SendFile, ListedFirstTakesOverTheCountOfAnother) {
@@ -151,13 +152,13 @@ TEST(SendFile, ListedFirstTakesOverTheCountOfAnother) {
         world.RunUntilLog("Send #2 Failed: TO=+15551234567, MSG=Hello\n\n (truncated)", 3min));
     world.Drop("newcomer");
     if (SmsWorld::FirstListed() != "newcomer") {  // a file system that lists the oldest first
-        world.RemoveFile("/tmp/sms/send/old");
+        world.files.Remove("/tmp/sms/send/old");
         world.Drop("old");
     }
     ASSERT_EQ(SmsWorld::FirstListed(), "newcomer");
     EXPECT_TRUE(world.RunUntilGone("newcomer", 2min));
     EXPECT_EQ(SmsWorld::Waiting(), Lines{"old"});
-    const auto failed = world.List("/tmp/sms/send_fail");
+    const auto failed = world.files.List("/tmp/sms/send_fail");
     ASSERT_THAT(failed, SizeIs(1));
     EXPECT_EQ(failed[0].substr(0, 9), "newcomer.");
 }
@@ -169,11 +170,11 @@ TEST(SendFile, IsNotEvenListedWhileTheDelayRuns) {
     world.Start();
     EXPECT_TRUE(
         world.RunUntilLog("Send #1 Failed: TO=+15551234567, MSG=Hello\n\n (truncated)", 2min));
-    world.ClearTrace();
+    world.trace.Clear();
     world.RunFor(29s);
-    EXPECT_THAT(world.CommandsMatching(kListUnread), SizeIs(::testing::Ge(1)))
+    EXPECT_THAT(world.trace.CommandsMatching(kListUnread), SizeIs(::testing::Ge(1)))
         << "receiving goes on";
-    EXPECT_EQ(world.ShellTimes(kMakeSend).size(), 0u);
+    EXPECT_EQ(world.trace.ShellTimes(kMakeSend).size(), 0u);
 }
 
 // Guards oddity no-number-is-tried.
@@ -182,11 +183,12 @@ TEST(SendFile, WithoutANumberEndsInSendFail) {
     world.Drop("msg", "MSG=Hello\n");
     world.Start();
     EXPECT_TRUE(world.RunUntilGone("msg", 5min));
-    EXPECT_EQ(world.CountLog("SMS send file /tmp/sms/send/msg is invalid, does not contain a 'TO' "
+    EXPECT_EQ(
+        world.trace.CountLog("SMS send file /tmp/sms/send/msg is invalid, does not contain a 'TO' "
                              "field."),
-              3u);
-    EXPECT_EQ(world.CommandsMatching("AT+CMGS="), Lines(3, "AT+CMGS=\"\""));
-    EXPECT_THAT(world.List("/tmp/sms/send_fail"), SizeIs(1));
+        3u);
+    EXPECT_EQ(world.trace.CommandsMatching("AT+CMGS="), Lines(3, "AT+CMGS=\"\""));
+    EXPECT_THAT(world.files.List("/tmp/sms/send_fail"), SizeIs(1));
 }
 
 TEST(SendFile, WaitsForTextModeAndIsThrownAwayAfterADay) {
@@ -195,15 +197,16 @@ TEST(SendFile, WaitsForTextModeAndIsThrownAwayAfterADay) {
     world.Start();
     world.RunFor(5min);
     EXPECT_FALSE(world.IsGone("msg"));
-    world.SetAge("/tmp/sms/send/msg", 86400s - 20min);
-    world.ClearTrace();
+    world.files.SetAge("/tmp/sms/send/msg", 86400s - 20min);
+    world.trace.Clear();
     world.RunFor(19min);
     EXPECT_FALSE(world.IsGone("msg"));
     world.RunFor(20min);
     EXPECT_TRUE(world.IsGone("msg"));
-    EXPECT_EQ(world.CountLog("Deleting SMS file '/tmp/sms/send/msg', older than 1440 minutes."),
-              1u);
-    EXPECT_THAT(world.CommandsMatching("AT+CMGS"), IsEmpty());
+    EXPECT_EQ(
+        world.trace.CountLog("Deleting SMS file '/tmp/sms/send/msg', older than 1440 minutes."),
+        1u);
+    EXPECT_THAT(world.trace.CommandsMatching("AT+CMGS"), IsEmpty());
 }
 
 // No error was seen, so the file counts as sent: what the other side must know, see docs/sms.md.
@@ -213,14 +216,14 @@ TEST(SendFile, IsTakenForSentWhenTheModemIsUnpluggedInTheMiddleOfTheBody) {
     world.Start();
     EXPECT_TRUE(world.RunUntil(
         [&] {
-            const auto& events = world.GetTrace().Events();
+            const auto& events = world.trace.Events();
             return !events.empty() && events.back().kind == rig::Kind::kWrite &&
                    events.back().text == "Hello\n\n\x1a";
         },
         60s));
-    world.Unplug();
+    world.port.Unplug();
     EXPECT_EQ(world.RunToExit(10min), 255);
-    EXPECT_EQ(world.CountLogContaining("Send Success"), 1u);
-    EXPECT_EQ(world.CountLog("Port error counter above 25, resetting modem"), 1u);
+    EXPECT_EQ(world.trace.CountLogContaining("Send Success"), 1u);
+    EXPECT_EQ(world.trace.CountLog("Port error counter above 25, resetting modem"), 1u);
     EXPECT_TRUE(world.IsGone("msg"));
 }

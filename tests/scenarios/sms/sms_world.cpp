@@ -7,11 +7,11 @@
 #include "rig/program.h"
 
 void SmsWorld::Drop(const std::string& name, const std::string& text) {
-    WriteFile(kSend + name, text);
+    files.Write(kSend + name, text);
 }
 
 void SmsWorld::Arrive(const std::string& from, const std::string& text) {
-    Control("sms " + from + " \"" + text + "\"");
+    modem.Control("sms " + from + " \"" + text + "\"");
 }
 
 bool SmsWorld::RunUntilGone(const std::string& name, rig::Duration limit) {
@@ -20,18 +20,20 @@ bool SmsWorld::RunUntilGone(const std::string& name, rig::Duration limit) {
 
 std::vector<std::string> SmsWorld::Sent() {
     std::vector<std::string> texts;
-    for (const sim::SentSms& message : modem().SentMessages()) texts.push_back(message.text);
+    for (const sim::SentSms& message : modem.Sim().SentMessages()) texts.push_back(message.text);
     return texts;
 }
 
 std::vector<std::string> SmsWorld::Received() {
     std::vector<std::string> contents;
-    for (const std::string& name : List("/tmp/sms/recv")) contents.push_back(File(kReceive + name));
+    for (const std::string& name : rig::Files::List("/tmp/sms/recv")) {
+        contents.push_back(rig::Files::Read(kReceive + name));
+    }
     return contents;
 }
 
 std::string SmsWorld::Stamp() const {
-    const auto seconds = static_cast<std::time_t>(WallSeconds());
+    const auto seconds = static_cast<std::time_t>(clock.WallSeconds());
     std::tm utc = {};
     gmtime_r(&seconds, &utc);
     char text[32];

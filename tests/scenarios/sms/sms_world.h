@@ -26,9 +26,9 @@ class SmsWorld : public rig::World {
     // Drops a send file, as another program would.
     void Drop(const std::string& name, const std::string& text = "TO=+15551234567\nMSG=Hello\n");
     void Arrive(const std::string& from, const std::string& text);  // a message, over the air
-    void LetTheModemRefuse() { Control("sms-fails 38 forever body"); }
+    void LetTheModemRefuse() { modem.Control("sms-fails 38 forever body"); }
 
-    bool IsGone(const std::string& name) const { return !Exists(kSend + name); }
+    bool IsGone(const std::string& name) const { return !rig::Files::Exists(kSend + name); }
     // Runs until the send file is gone.
     bool RunUntilGone(const std::string& name, rig::Duration limit);
     // Texts of the messages that the modem has sent, oldest first.
@@ -40,7 +40,7 @@ class SmsWorld : public rig::World {
     // The name that the daemon's listing of the send directory begins with.
     static std::string FirstListed();
     // Files in the send directory, sorted.
-    static std::vector<std::string> Waiting() { return List("/tmp/sms/send"); }
+    static std::vector<std::string> Waiting() { return rig::Files::List("/tmp/sms/send"); }
     // The daemon's address space at its largest, KiB.
     static long PeakMemory();
 };

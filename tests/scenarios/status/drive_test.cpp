@@ -7,6 +7,7 @@
 #include "published.h"
 
 using namespace std::chrono_literals;
+using rig::Files;
 using rig::World;
 using testing::AllOf;
 using testing::Contains;
@@ -24,14 +25,14 @@ constexpr char kActivation[] = "/var/log/wirelessactivation_status";
 // All that the file has ever said.
 std::set<std::string> Said(const World& world, const char* path) {
     std::set<std::string> texts;
-    for (const rig::FileVersion& version : world.Versions(path)) texts.insert(version.text);
+    for (const rig::FileVersion& version : world.trace.Versions(path)) texts.insert(version.text);
     return texts;
 }
 
 // All values of a key of the statistics file.
 std::set<std::string> Values(const World& world, const std::string& key) {
     std::set<std::string> values;
-    for (const rig::FileVersion& version : world.Versions(kStatistics)) {
+    for (const rig::FileVersion& version : world.trace.Versions(kStatistics)) {
         const auto found = version.text.find("\nCELLMODEM_" + key + "=");
         if (found == std::string::npos) continue;
         const auto start = version.text.find('=', found) + 1;
@@ -43,10 +44,10 @@ std::set<std::string> Values(const World& world, const std::string& key) {
 class Drive : public testing::Test {
   protected:
     static void LiveAnHour(World& world) {
-        world.Watch(kStatistics);
-        world.Watch(kLightbar);
-        world.Watch(kActivation);
-        world.Control("drive on");
+        world.trace.Watch(kStatistics);
+        world.trace.Watch(kLightbar);
+        world.trace.Watch(kActivation);
+        world.modem.Control("drive on");
         world.Start();
         world.RunFor(60min);
     }
@@ -80,18 +81,18 @@ TEST_F(Drive, CostsTheE362ItsDataCallInTheTunnel) {
     LiveAnHour(world);
     EXPECT_THAT(Values(world, "SERVICE_TYPE"), IsSupersetOf({"LTE", "WCDMA", "No Service"}));
     // One tunnel of 70 seconds in each round of ten minutes.
-    EXPECT_EQ(6U, world.CountLog("No service after 30 seconds, sending modem a disconnect."));
+    EXPECT_EQ(6U, world.trace.CountLog("No service after 30 seconds, sending modem a disconnect."));
 }
 
 // A display that opens the lightbar once follows the signal for as long as the daemon runs.
 TEST_F(Drive, KeepsTheLightbarForADisplayThatHoldsItOpen) {
     World world("-881");
     world.Start();
-    ASSERT_TRUE(world.RunUntil([] { return World::Exists(kLightbar); }, 60s));
-    world.Control("signal 3 0");
+    ASSERT_TRUE(world.RunUntil([] { return Files::Exists(kLightbar); }, 60s));
+    world.modem.Control("signal 3 0");
     world.RunFor(20s);
     std::ifstream reader(kLightbar);
-    world.Control("signal 25 0");
+    world.modem.Control("signal 25 0");
     world.RunFor(20s);
     std::string line;
     ASSERT_TRUE(std::getline(reader, line));
@@ -101,7 +102,7 @@ TEST_F(Drive, KeepsTheLightbarForADisplayThatHoldsItOpen) {
 TEST_F(Drive, NeverShowsAnythingButSignalLinesInTheLightbar) {
     World world("-881");
     LiveAnHour(world);
-    EXPECT_GT(world.Versions(kLightbar).size(), 500U);
+    EXPECT_GT(world.trace.Versions(kLightbar).size(), 500U);
     for (const std::string& text : Said(world, kLightbar)) {
         EXPECT_THAT(text, testing::MatchesRegex("\\+CSQ: [0-9]+,[0-9]+\n"));
     }

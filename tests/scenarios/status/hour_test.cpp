@@ -4,6 +4,7 @@
 #include "hour_cards.h"
 
 using namespace std::chrono_literals;
+using rig::Files;
 using rig::World;
 
 namespace {
@@ -16,16 +17,16 @@ void ExpectPlace(const World& world, const HourCard& card, const Place& place) {
         const auto colon = file.find(": ");
         const std::string path = "/var/log/" + file.substr(0, colon);
         if (colon == std::string::npos) {
-            EXPECT_FALSE(World::Exists(path)) << path;
+            EXPECT_FALSE(Files::Exists(path)) << path;
         } else {
-            EXPECT_EQ(file.substr(colon + 2) + "\n", World::File(path)) << path;
+            EXPECT_EQ(file.substr(colon + 2) + "\n", Files::Read(path)) << path;
         }
     }
 }
 
 void DriveTo(World& world, std::chrono::minutes minute, const HourCard& card, const Place& place) {
     SCOPED_TRACE("minute " + std::to_string(minute.count()));
-    world.RunFor(minute - world.Now());
+    world.RunFor(minute - world.clock.Now());
     Teach(world, place.replies);
     world.RunFor(kSettled);
     ExpectPlace(world, card, place);
@@ -34,24 +35,26 @@ void DriveTo(World& world, std::chrono::minutes minute, const HourCard& card, co
 void LiveAnHour(const HourCard& card) {
     SCOPED_TRACE(card.name);
     World world(card.options);
-    world.WriteFile("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=no\n");
-    world.SetAddress("10.64.0.2");
-    world.SetTxBytes([](rig::Duration now) { return static_cast<std::uint64_t>(now.count()); });
-    world.Watch(kStatistics);
+    world.files.Write("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=no\n");
+    world.router.SetAddress("10.64.0.2");
+    world.router.SetTxBytes(
+        [](rig::Duration now) { return static_cast<std::uint64_t>(now.count()); });
+    world.trace.Watch(kStatistics);
     Teach(world, card.home.replies);
     world.Start();
-    world.RunUntil([&] { return !world.Versions(kStatistics).empty(); }, 30s);
-    ASSERT_FALSE(world.Versions(kStatistics).empty());
-    ExpectStatistics(world.Versions(kStatistics).front(), With(card.home_file, card.at_start_up));
+    world.RunUntil([&] { return !world.trace.Versions(kStatistics).empty(); }, 30s);
+    ASSERT_FALSE(world.trace.Versions(kStatistics).empty());
+    ExpectStatistics(world.trace.Versions(kStatistics).front(),
+                     With(card.home_file, card.at_start_up));
 
     DriveTo(world, 5min, card, card.home);
     DriveTo(world, 20min, card, card.town);
     DriveTo(world, 35min, card, card.tunnel);
     DriveTo(world, 50min, card, card.back);
-    world.RunFor(60min - world.Now());
+    world.RunFor(60min - world.clock.Now());
     ExpectPlace(world, card, card.back);
     // A silent modem would have stopped the files.
-    EXPECT_GT(world.Versions(kStatistics).size(), 300U);
+    EXPECT_GT(world.trace.Versions(kStatistics).size(), 300U);
 }
 
 }  // namespace

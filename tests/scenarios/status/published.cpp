@@ -31,7 +31,7 @@ std::string Answered(const Lines& lines) {
 }
 
 void Teach(rig::World& world, const std::vector<Reply>& replies) {
-    for (const Reply& reply : replies) world.modem().Answer(reply.command, Answered(reply.lines));
+    for (const Reply& reply : replies) world.modem.Answer(reply.command, Answered(reply.lines));
 }
 
 std::string With(const std::string& text, const Changes& changes) {
@@ -71,7 +71,7 @@ void ExpectStatistics(const rig::FileVersion& version, const std::string& text) 
 }
 
 void ExpectStatistics(const rig::World& world, const std::string& text) {
-    const auto versions = world.Versions(kStatistics);
+    const auto versions = world.trace.Versions(kStatistics);
     ASSERT_FALSE(versions.empty());
     ExpectStatistics(versions.back(), text);
 }

@@ -7,6 +7,7 @@
 
 using namespace std::chrono_literals;
 using rig::Duration;
+using rig::Files;
 using rig::World;
 using testing::AllOf;
 using testing::Contains;
@@ -40,8 +41,8 @@ TEST(Mc7700, IsReadByItsOwnLabels) {
                     "RX level C1:   -81\t\tCell ID:     0A1B (2587)"}}});
     world.Start();
     world.RunFor(60s);
-    EXPECT_EQ(1U, world.CountLog("Setting Specific model number to MC7700"));
-    const std::string text = World::File(kStatistics);
+    EXPECT_EQ(1U, world.trace.CountLog("Setting Specific model number to MC7700"));
+    const std::string text = Files::Read(kStatistics);
     EXPECT_THAT(text, HasSubstr("\nCELLMODEM_MODEL=MC7700\n"));
     EXPECT_THAT(text, HasSubstr("\nCELLMODEM_RX_LEVEL=\n"
                                 "CELLMODEM_RX_LEVEL_C0=-80\n"
@@ -63,13 +64,13 @@ TEST(Mc7700, FollowsTheSystemOfEachPage) {
     Teach(world, {{"at+gmm", {"MC7700"}}, lte});
     world.Start();
     world.RunFor(60s);
-    EXPECT_THAT(World::File(kStatistics), HasSubstr("\nCELLMODEM_LTE_BAND=B17\n"));
-    EXPECT_THAT(World::File(kStatistics), HasSubstr("\nCELLMODEM_WCDMA_BAND=WCDMA1900\n"
+    EXPECT_THAT(Files::Read(kStatistics), HasSubstr("\nCELLMODEM_LTE_BAND=B17\n"));
+    EXPECT_THAT(Files::Read(kStatistics), HasSubstr("\nCELLMODEM_WCDMA_BAND=WCDMA1900\n"
                                                     "CELLMODEM_WCDMA_CHANNEL=\n"));
     Teach(world, {wcdma});
     world.RunFor(60s);
-    EXPECT_THAT(World::File(kStatistics), HasSubstr("\nCELLMODEM_LTE_BAND=\n"));
-    EXPECT_THAT(World::File(kStatistics), HasSubstr("\nCELLMODEM_WCDMA_BAND=WCDMA850\n"
+    EXPECT_THAT(Files::Read(kStatistics), HasSubstr("\nCELLMODEM_LTE_BAND=\n"));
+    EXPECT_THAT(Files::Read(kStatistics), HasSubstr("\nCELLMODEM_WCDMA_BAND=WCDMA850\n"
                                                     "CELLMODEM_WCDMA_CHANNEL=4385\n"));
 }
 
@@ -81,7 +82,7 @@ TEST(OtherModels, AreReadByTheUsualLabels) {
                     "RX level C0:   -80\t\tLAC:         1A2B (6699)"}}});
     world.Start();
     world.RunFor(60s);
-    EXPECT_THAT(World::File(kStatistics), HasSubstr("\nCELLMODEM_RX_LEVEL=-71\n"
+    EXPECT_THAT(Files::Read(kStatistics), HasSubstr("\nCELLMODEM_RX_LEVEL=-71\n"
                                                     "CELLMODEM_RX_LEVEL_C0=\n"
                                                     "CELLMODEM_RX_LEVEL_C1=\n"
                                                     "CELLMODEM_LOCATION_AREA_CODE=Unknown\n"
@@ -109,14 +110,14 @@ TEST_F(OperatorList, OfThreeThousandIsAskedForOnceForEachNetwork) {
     MoveTo("902 999");
     world.Start();
     world.RunFor(10min);
-    EXPECT_EQ(1U, world.CommandTimes("AT+COPN").size());
-    EXPECT_EQ(1U, world.CountLog("Carrier name set to \"Net 2999\""));
-    EXPECT_THAT(World::File(kStatistics), HasSubstr("\nCELLMODEM_CARRIER=Net 2999\n"
+    EXPECT_EQ(1U, world.trace.CommandTimes("AT+COPN").size());
+    EXPECT_EQ(1U, world.trace.CountLog("Carrier name set to \"Net 2999\""));
+    EXPECT_THAT(Files::Read(kStatistics), HasSubstr("\nCELLMODEM_CARRIER=Net 2999\n"
                                                     "CELLMODEM_CARRIER_PLMN=902999\n"));
     MoveTo("900 001");
     world.RunFor(10min);
-    EXPECT_EQ(2U, world.CommandTimes("AT+COPN").size());
-    EXPECT_THAT(World::File(kStatistics), HasSubstr("\nCELLMODEM_CARRIER=Net 1\n"
+    EXPECT_EQ(2U, world.trace.CommandTimes("AT+COPN").size());
+    EXPECT_THAT(Files::Read(kStatistics), HasSubstr("\nCELLMODEM_CARRIER=Net 1\n"
                                                     "CELLMODEM_CARRIER_PLMN=900001\n"));
 }
 
@@ -125,13 +126,13 @@ TEST_F(OperatorList, IsSearchedForTheNumberAnywhereInALine) {
     MoveTo("900 00");
     world.Start();
     world.RunFor(60s);
-    EXPECT_THAT(World::File(kStatistics), HasSubstr("\nCELLMODEM_CARRIER=Net 0\n"
+    EXPECT_THAT(Files::Read(kStatistics), HasSubstr("\nCELLMODEM_CARRIER=Net 0\n"
                                                     "CELLMODEM_CARRIER_PLMN=90000\n"));
     // And "900000" holds what is kept, so it counts as the same network.
     MoveTo("900 001");
     world.RunFor(60s);
-    EXPECT_EQ(1U, world.CommandTimes("AT+COPN").size());
-    EXPECT_THAT(World::File(kStatistics), HasSubstr("\nCELLMODEM_CARRIER=Net 0\n"
+    EXPECT_EQ(1U, world.trace.CommandTimes("AT+COPN").size());
+    EXPECT_THAT(Files::Read(kStatistics), HasSubstr("\nCELLMODEM_CARRIER=Net 0\n"
                                                     "CELLMODEM_CARRIER_PLMN=90000\n"));
 }
 
@@ -139,8 +140,8 @@ TEST_F(OperatorList, IsAskedForAgainWhileItDoesNotKnowTheNumber) {
     MoveTo("123 45");
     world.Start();
     world.RunFor(5min);
-    EXPECT_GE(world.CommandTimes("AT+COPN").size(), 8U);
-    EXPECT_THAT(World::File(kStatistics), HasSubstr("\nCELLMODEM_CARRIER=Unknown\n"
+    EXPECT_GE(world.trace.CommandTimes("AT+COPN").size(), 8U);
+    EXPECT_THAT(Files::Read(kStatistics), HasSubstr("\nCELLMODEM_CARRIER=Unknown\n"
                                                     "CELLMODEM_CARRIER_PLMN=12345\n"));
 }
 
@@ -149,28 +150,28 @@ TEST(RegistrationPeriod, IsFiveSecondsUntilRegistered) {
     Teach(world, {{"AT+CREG?", {"+CREG: 2,2"}}});
     world.Start();
     world.RunFor(5min);
-    EXPECT_THAT(Gaps(world.CommandTimes("AT+CREG?")),
+    EXPECT_THAT(Gaps(world.trace.CommandTimes("AT+CREG?")),
                 AllOf(Not(IsEmpty()), Each(Ge(5s)), Each(Le(5s + kLongestPass))));
-    EXPECT_EQ("Searching\n", World::File("/var/log/wirelessactivation_status"));
+    EXPECT_EQ("Searching\n", Files::Read("/var/log/wirelessactivation_status"));
 
     Teach(world, {{"AT+CREG?", {"+CREG: 2,1,\"1A2B\",\"01C3\""}}});
     world.RunFor(60s);
-    world.ClearTrace();
+    world.trace.Clear();
     world.RunFor(10min);
-    EXPECT_THAT(Gaps(world.CommandTimes("AT+CREG?")),
+    EXPECT_THAT(Gaps(world.trace.CommandTimes("AT+CREG?")),
                 AllOf(Not(IsEmpty()), Each(Ge(30s)), Each(Le(30s + kLongestPass))));
-    EXPECT_EQ("Reg Home\n", World::File("/var/log/wirelessactivation_status"));
+    EXPECT_EQ("Reg Home\n", Files::Read("/var/log/wirelessactivation_status"));
 }
 
 TEST(StatusQueries, AreAskedOnEveryPassInTheirOrder) {
     World world("-881");
     world.Start();
     world.RunFor(60s);
-    world.ClearTrace();
+    world.trace.Clear();
     world.RunFor(60s);
     const Lines order = {"at^sysinfo", "at!getband?", "AT*CNTI=0", "at+ecio?", "at!gstatus?"};
     Lines asked;
-    for (const std::string& command : world.Commands()) {
+    for (const std::string& command : world.trace.Commands()) {
         if (std::find(order.begin(), order.end(), command) != order.end()) {
             asked.push_back(command);
         }
@@ -185,31 +186,31 @@ TEST(StatusQueries, AreAskedOnEveryPassInTheirOrder) {
 TEST(StatusQueries, IdentifyTheCardEveryThirtySeconds) {
     World world("-E362");
     Teach(world, {{"AT$NWQMISTATUS", {"$NWQMISTATUS: Success: 0", "QMI State: CONNECTED"}}});
-    world.SetAddress("10.64.0.2");  // else each link check restarts the data call
+    world.router.SetAddress("10.64.0.2");  // else each link check restarts the data call
     world.Start();
     world.RunFor(10min);
-    EXPECT_THAT(Gaps(world.CommandTimes("AT$NWNN")),
+    EXPECT_THAT(Gaps(world.trace.CommandTimes("AT$NWNN")),
                 AllOf(Not(IsEmpty()), Each(Ge(30s)), Each(Le(30s + kLongestPass))));
     // What is known once is not asked for again; the ICCID is, for each file.
-    EXPECT_EQ(1U, world.CommandTimes("at+gsn").size());
-    EXPECT_EQ(1U, world.CommandTimes("at+gmm").size());
-    EXPECT_EQ(1U, world.CommandTimes("ATI3").size());
-    EXPECT_GE(world.CommandTimes("AT+ICCID?").size(), 50U);
+    EXPECT_EQ(1U, world.trace.CommandTimes("at+gsn").size());
+    EXPECT_EQ(1U, world.trace.CommandTimes("at+gmm").size());
+    EXPECT_EQ(1U, world.trace.CommandTimes("ATI3").size());
+    EXPECT_GE(world.trace.CommandTimes("AT+ICCID?").size(), 50U);
 }
 
 TEST(StatusQueries, TryTheIdentityAgainUntilItIsTold) {
     World world("-881");
     for (const char* command : {"at+gsn", "at+gmi", "at+gmm", "at!gver?", "at^hver", "AT!PRIID?"}) {
-        world.modem().Answer(command, "");
+        world.modem.Answer(command, "");
     }
     world.Start();
     world.RunFor(60s);
-    EXPECT_EQ("Unknown\n", World::File("/var/log/wireless.serialno"));
+    EXPECT_EQ("Unknown\n", Files::Read("/var/log/wireless.serialno"));
     for (const char* command : {"at+gsn", "at+gmi", "at+gmm", "at!gver?", "at^hver", "AT!PRIID?"}) {
-        world.modem().Forget(command);
+        world.modem.Forget(command);
     }
     world.RunFor(60s);
-    const std::string text = World::File(kStatistics);
+    const std::string text = Files::Read(kStatistics);
     for (const char* key : {"ESN", "MANU", "MODEL", "FIRMWARE_V", "HARDWARE_V", "SKU_PRIID"}) {
         EXPECT_THAT(text, Not(HasSubstr(std::string("CELLMODEM_") + key + "=Unknown"))) << key;
     }

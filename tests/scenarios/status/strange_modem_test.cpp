@@ -8,6 +8,7 @@
 #include "published.h"
 
 using namespace std::chrono_literals;
+using rig::Files;
 using rig::World;
 
 namespace {
@@ -123,29 +124,30 @@ const std::vector<StrangeCard>& StrangeCards() {
 class StrangeModem : public testing::Test {
   protected:
     static void SetUpRouter(World& world) {
-        world.WriteFile("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=no\n");
-        world.SetAddress("10.64.0.2");
-        world.SetTxBytes([](rig::Duration now) { return static_cast<std::uint64_t>(now.count()); });
-        world.Watch(kStatistics);
-        world.Watch("/var/log/lightbar");
+        world.files.Write("/etc/kvt/wireless/cellmodem_provision_data.conf", "SYNC_TIME=no\n");
+        world.router.SetAddress("10.64.0.2");
+        world.router.SetTxBytes(
+            [](rig::Duration now) { return static_cast<std::uint64_t>(now.count()); });
+        world.trace.Watch(kStatistics);
+        world.trace.Watch("/var/log/lightbar");
     }
 
     static std::string Body(const std::string& text) { return text.substr(text.find('\n') + 1); }
 
     // Every version so far has the usual lines in their order, and none is forged.
     static void ExpectSoundFiles(World& world, const Lines& keys) {
-        for (const rig::FileVersion& version : world.Versions(kStatistics)) {
+        for (const rig::FileVersion& version : world.trace.Versions(kStatistics)) {
             EXPECT_EQ(keys, KeysOf(Body(version.text)));
             EXPECT_EQ(std::string::npos, version.text.find("\nCELLMODEM_MDN=666\n"));
         }
-        for (const rig::FileVersion& version : world.Versions("/var/log/lightbar")) {
+        for (const rig::FileVersion& version : world.trace.Versions("/var/log/lightbar")) {
             EXPECT_EQ(version.text.size() - 1, version.text.find('\n'));
         }
         for (const char* name : {"wireless.serialno", "wireless.mdn", "lightbar_ecio_in"}) {
-            const std::string text = World::File(std::string("/var/log/") + name);
+            const std::string text = Files::Read(std::string("/var/log/") + name);
             EXPECT_EQ(text.size() - 1, text.find('\n')) << name;
         }
-        EXPECT_TRUE(world.Running());
+        EXPECT_TRUE(world.daemon.Running());
     }
 };
 
@@ -154,28 +156,28 @@ class StrangeModem : public testing::Test {
 TEST_F(StrangeModem, IsSurvivedQueryByQuery) {
     for (const StrangeCard& card : StrangeCards()) {
         World world(card.options);
-        world.AllowUnknownCommands();
+        world.modem.AllowUnknownCommands();
         SetUpRouter(world);
         Teach(world, card.replies);
         world.Start();
         world.RunFor(3min);
-        const std::string usual = Body(World::File(kStatistics));
+        const std::string usual = Body(Files::Read(kStatistics));
         const Lines keys = KeysOf(usual);
         ASSERT_GT(keys.size(), 15U);
 
         for (const Reply& reply : card.replies) {
             for (const Strangeness& strange : kStrangenesses) {
                 SCOPED_TRACE(std::string(card.options) + " " + reply.command + " " + strange.name);
-                world.ClearTrace();
+                world.trace.Clear();
                 const std::string answer = strange.answer(reply.command, Answered(reply.lines));
-                world.modem().Answer(reply.command, answer, strange.delay.count());
+                world.modem.Answer(reply.command, answer, strange.delay);
                 world.RunFor(45s);
                 ExpectSoundFiles(world, keys);
                 Teach(world, {reply});
             }
             SCOPED_TRACE(std::string(card.options) + " after " + reply.command);
             world.RunFor(100s);
-            EXPECT_EQ(usual, Body(World::File(kStatistics)));
+            EXPECT_EQ(usual, Body(Files::Read(kStatistics)));
         }
     }
 }
@@ -186,20 +188,20 @@ TEST_F(StrangeModem, IsSurvivedFromTheStart) {
         for (const Strangeness& strange : kStrangenesses) {
             SCOPED_TRACE(std::string(card.options) + " " + strange.name);
             World world(card.options);
-            world.AllowUnknownCommands();
+            world.modem.AllowUnknownCommands();
             SetUpRouter(world);
             for (const Reply& reply : card.replies) {
                 const std::string answer = strange.answer(reply.command, Answered(reply.lines));
-                world.modem().Answer(reply.command, answer, strange.delay.count());
+                world.modem.Answer(reply.command, answer, strange.delay);
             }
             for (const char* command : {"at+gsn", "at+gmi", "at+gmm"}) {
                 const std::string answer = strange.answer(command, Answered({"001017000000008"}));
-                world.modem().Answer(command, answer, strange.delay.count());
+                world.modem.Answer(command, answer, strange.delay);
             }
             world.Start();
             world.RunFor(60s);
-            ASSERT_FALSE(world.Versions(kStatistics).empty());
-            const Lines keys = KeysOf(Body(world.Versions(kStatistics).front().text));
+            ASSERT_FALSE(world.trace.Versions(kStatistics).empty());
+            const Lines keys = KeysOf(Body(world.trace.Versions(kStatistics).front().text));
             EXPECT_GT(keys.size(), 15U);
             ExpectSoundFiles(world, keys);
         }

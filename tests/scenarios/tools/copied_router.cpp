@@ -40,11 +40,11 @@ CopiedRouter::CopiedRouter() : root_(NewFolder()), now_(std::time(nullptr)) {
 }
 
 CopiedRouter::CopiedRouter(const rig::World& world) : root_(NewFolder()) {
-    now_ = static_cast<std::time_t>(world.WallSeconds());
+    now_ = static_cast<std::time_t>(world.clock.WallSeconds());
     CopyFiles();
     WriteLog(world);
     Write("/proc/uptime", "3600.00 3600.00\n");
-    if (world.Running()) AddProcess(kDaemonId, "modemd");
+    if (world.daemon.Running()) AddProcess(kDaemonId, "modemd");
     address_ = "none";
 }
 
@@ -68,9 +68,9 @@ void CopiedRouter::CopyFiles() const {
 
 void CopiedRouter::WriteLog(const rig::World& world) const {
     const std::time_t start =
-        now_ - std::chrono::duration_cast<std::chrono::seconds>(world.Now()).count();
+        now_ - std::chrono::duration_cast<std::chrono::seconds>(world.clock.Now()).count();
     std::string log;
-    for (const rig::Event& event : world.GetTrace().Of(rig::Kind::kLog)) {
+    for (const rig::Event& event : world.trace.Of(rig::Kind::kLog)) {
         log += UtcText(start + event.at / 1000000) + " router modemd: " + event.text + "\n";
     }
     Write("/var/log/messages", log);

@@ -65,7 +65,7 @@ TEST(WhyPort, TheDaemonWasAskedToEnd) {
     World world("-E362");
     world.Start();
     world.RunFor(1min);
-    world.Signal(SIGTERM);
+    world.daemon.Signal(SIGTERM);
     ASSERT_EQ(world.RunToExit(1min), 0);
     EXPECT_EQ(CopiedRouter(world).Cause(), "daemon_asked_to_end");
 }
@@ -83,14 +83,14 @@ TEST(WhyPort, TheDaemonWasStartedWithoutADevice) {
     World world(rig::Exactly{{"-E362"}});
     world.Start();
     ASSERT_EQ(world.RunToExit(1min), 1);
-    world.ErrorOutput();
+    world.daemon.ErrorOutput();
     EXPECT_EQ(CopiedRouter(world).Cause(), "daemon_without_device");
 }
 
 TEST(WhyPort, ASecondCopyIsToldBesideTheRunningOne) {
     World world("-E362");
-    world.WriteFile("/var/run/modemd.pid", "777");
-    world.AddProcess(777, std::string("/usr/sbin/modemd\0-E362", 22));
+    world.files.Write("/var/run/modemd.pid", "777");
+    world.router.AddProcess(777, std::string("/usr/sbin/modemd\0-E362", 22));
     world.Start();
     ASSERT_EQ(world.RunToExit(1min), 255);
     const CopiedRouter router(world);
@@ -101,7 +101,7 @@ TEST(WhyPort, ASecondCopyIsToldBesideTheRunningOne) {
 
 TEST(WhyPort, TheDeviceIsNotThere) {
     World world("-E362");
-    world.RemoveDevice();
+    world.port.RemoveDevice();
     world.Start();
     ASSERT_TRUE(world.RunUntilLog("Unable to open port /dev/ttyUSB0, attempt 3/5", 2min));
     const CopiedRouter router(world);
@@ -111,7 +111,7 @@ TEST(WhyPort, TheDeviceIsNotThere) {
 
 TEST(WhyPort, TheDeviceDidNotComeBack) {
     World world("-E362");
-    world.RemoveDevice();
+    world.port.RemoveDevice();
     world.Start();
     ASSERT_EQ(world.RunToExit(2min), 255);
     EXPECT_EQ(CopiedRouter(world).Cause(), "port_given_up");
@@ -121,7 +121,7 @@ TEST(WhyPort, TheModemWasUnplugged) {
     World world("-E362");
     world.Start();
     world.RunFor(1min);
-    world.Unplug();
+    world.port.Unplug();
     ASSERT_EQ(world.RunToExit(10min), 255);
     EXPECT_EQ(CopiedRouter(world).Cause(), "port_lost");
 }
@@ -130,7 +130,7 @@ TEST(WhyPort, TheModemIsMute) {
     World world("-E362");
     world.Start();
     world.RunFor(1min);
-    world.Control("silence 1h");
+    world.modem.Control("silence 1h");
     world.RunFor(3min);
     const CopiedRouter router(world);
     EXPECT_EQ(router.Cause(), "modem_silent");
@@ -139,7 +139,7 @@ TEST(WhyPort, TheModemIsMute) {
 
 TEST(WhyPort, TheModemWasMuteFromTheStart) {
     World world("-881");
-    world.ScriptModem([](const std::string&) { return std::string(); });
+    world.modem.Script([](const std::string&) { return std::string(); });
     world.Start();
     world.RunFor(5min);
     EXPECT_EQ(CopiedRouter(world).Cause(), "modem_silent");
@@ -149,7 +149,7 @@ TEST(WhyPort, TheModemWasMuteFromTheStart) {
 
 TEST(WhySim, IsMissingInASierra) {
     World world("-881");
-    world.Control("sim absent");
+    world.modem.Control("sim absent");
     world.Start();
     world.RunFor(2min);
     EXPECT_EQ(CopiedRouter(world).Cause(), "sim_missing");
@@ -157,7 +157,7 @@ TEST(WhySim, IsMissingInASierra) {
 
 TEST(WhySim, IsMissingInAnLteCard) {
     World world("-E362");
-    world.Control("sim absent");
+    world.modem.Control("sim absent");
     world.Start();
     world.RunFor(2min);
     EXPECT_EQ(CopiedRouter(world).Cause(), "sim_not_ready");
@@ -167,7 +167,7 @@ TEST(WhyRegistration, IsDenied) {
     World world("-E362");
     world.Start();
     world.RunFor(1min);
-    world.Control("register denied");
+    world.modem.Control("register denied");
     world.RunFor(1min);
     const CopiedRouter router(world);
     EXPECT_EQ(router.Cause(), "registration_denied");
@@ -176,7 +176,7 @@ TEST(WhyRegistration, IsDenied) {
 
 TEST(WhyRegistration, IsBeingSearched) {
     World world("-881");
-    world.Control("register searching");
+    world.modem.Control("register searching");
     world.Start();
     world.RunFor(1min);
     EXPECT_EQ(CopiedRouter(world).Cause(), "registration_searching");
@@ -184,7 +184,7 @@ TEST(WhyRegistration, IsBeingSearched) {
 
 TEST(WhyRegistration, IsNotEvenSearched) {
     World world("-881");
-    world.Control("register no");
+    world.modem.Control("register no");
     world.Start();
     world.RunFor(1min);
     EXPECT_EQ(CopiedRouter(world).Cause(), "registration_off");
@@ -194,7 +194,7 @@ TEST(WhyService, IsNotThere) {
     World world("-E362");
     world.Start();
     world.RunFor(1min);
-    world.modem().Answer("AT$NWSYSMODE", "\r\nNo Service\r\n\r\nOK\r\n");
+    world.modem.Answer("AT$NWSYSMODE", "\r\nNo Service\r\n\r\nOK\r\n");
     world.RunFor(1min);
     const CopiedRouter router(world);
     EXPECT_EQ(router.Cause(), "no_service");
@@ -205,7 +205,7 @@ TEST(WhyService, IsNotThere) {
 
 TEST(WhyCall, IsSwitchedOff) {
     World world("-E362");
-    world.WriteFile(kPppFile, "CM_ENABLE_INTERFACE=no\n");
+    world.files.Write(kPppFile, "CM_ENABLE_INTERFACE=no\n");
     world.Start();
     world.RunFor(1min);
     EXPECT_EQ(CopiedRouter(world).Cause(), "switched_off");
@@ -222,8 +222,8 @@ class WhyCallEnded : public ::testing::TestWithParam<EndedCall> {};
 TEST_P(WhyCallEnded, TellsHowTheModemPutsIt) {
     World world("-E362");
     Carrier carrier(world);
-    world.modem().Answer(kStatusCommand,
-                         StatusAnswer(GetParam().result, "DISCONNECTED", GetParam().reason));
+    world.modem.Answer(kStatusCommand,
+                       StatusAnswer(GetParam().result, "DISCONNECTED", GetParam().reason));
     world.Start();
     world.RunFor(3min);
     const CopiedRouter router(world);
@@ -242,8 +242,8 @@ INSTANTIATE_TEST_SUITE_P(Causes, WhyCallEnded,
 TEST(WhyCall, HasAnApnThatIsNone) {
     World world("-E362");
     Carrier carrier(world);
-    world.WriteFile(kPppFile, "CM_APN=inter/net\n");
-    world.Control("connect-fails 14 1 forever");
+    world.files.Write(kPppFile, "CM_APN=inter/net\n");
+    world.modem.Control("connect-fails 14 1 forever");
     world.Start();
     world.RunFor(2min);
     EXPECT_EQ(CopiedRouter(world).Cause(), "apn_invalid");
@@ -252,7 +252,7 @@ TEST(WhyCall, HasAnApnThatIsNone) {
 TEST(WhyCall, IsNotAnsweredFor) {
     World world("-E362");
     Carrier carrier(world);
-    world.modem().Answer(kStatusCommand, "");
+    world.modem.Answer(kStatusCommand, "");
     world.Start();
     world.RunFor(2min);
     EXPECT_EQ(CopiedRouter(world).Cause(), "call_unanswered");
@@ -261,7 +261,7 @@ TEST(WhyCall, IsNotAnsweredFor) {
 TEST(WhyCall, GotTheModemReset) {
     World world("-E362");
     Carrier carrier(world);
-    world.modem().Answer(kStatusCommand, StatusAnswer("BAD: 0", "DISCONNECTED", "6"));
+    world.modem.Answer(kStatusCommand, StatusAnswer("BAD: 0", "DISCONNECTED", "6"));
     world.Start();
     ASSERT_TRUE(world.RunUntilLog(kGaveUp, 10min));
     world.RunFor(10s);
@@ -276,9 +276,9 @@ rig::Duration Apart(rig::Duration a, rig::Duration b) {
 TEST(WhyCall, ForetellsTheNextRestartAndTheReset) {
     World world("-E362");
     Carrier carrier(world);
-    world.modem().Answer(kStatusCommand, StatusAnswer("BAD: 0", "DISCONNECTED", "6"));
+    world.modem.Answer(kStatusCommand, StatusAnswer("BAD: 0", "DISCONNECTED", "6"));
     world.Start();
-    ASSERT_TRUE(world.RunUntil([&] { return world.CountLog(kRestarting) == 3; }, 10min));
+    ASSERT_TRUE(world.RunUntil([&] { return world.trace.CountLog(kRestarting) == 3; }, 10min));
     world.RunFor(20s);
     const CopiedRouter router(world);
     const std::string next = router.WhyText("next");
@@ -293,16 +293,16 @@ TEST(WhyCall, ForetellsTheNextRestartAndTheReset) {
     const auto start = std::chrono::seconds(9 * 3600 + 15 * 60);  // of the story's day
 
     ASSERT_TRUE(world.RunUntilLog(kRestarting, 2min));
-    EXPECT_LE(Apart(world.Now() + start, restart), 10s) << next;
+    EXPECT_LE(Apart(world.clock.Now() + start, restart), 10s) << next;
     ASSERT_TRUE(world.RunUntilLog(kGaveUp, 10min));
-    EXPECT_LE(Apart(world.Now() + start, reset), 30s) << next;
+    EXPECT_LE(Apart(world.clock.Now() + start, reset), 30s) << next;
 }
 
 // --- Address and traffic -------------------------------------------------------------------------
 
 TEST(WhyAddress, WasNotGiven) {
     World world("-E362");
-    world.modem().Answer(kStatusCommand, StatusAnswer("GOOD: 0", "CONNECTED", "2"));
+    world.modem.Answer(kStatusCommand, StatusAnswer("GOOD: 0", "CONNECTED", "2"));
     world.Start();
     world.RunFor(2min);
     const CopiedRouter router(world);
@@ -312,7 +312,7 @@ TEST(WhyAddress, WasNotGiven) {
 
 TEST(WhyAddress, WasNotGivenSaysTheLogAlone) {
     World world("-E362");
-    world.modem().Answer(kStatusCommand, StatusAnswer("GOOD: 0", "CONNECTED", "2"));
+    world.modem.Answer(kStatusCommand, StatusAnswer("GOOD: 0", "CONNECTED", "2"));
     world.Start();
     world.RunFor(2min);
     CopiedRouter router(world);
@@ -323,8 +323,8 @@ TEST(WhyAddress, WasNotGivenSaysTheLogAlone) {
 
 TEST(WhyAddress, HasNoInterfaceToBeOn) {
     World world("-E362");
-    world.modem().Answer(kStatusCommand, StatusAnswer("GOOD: 0", "CONNECTED", "2"));
-    world.SetShellStatus("ifconfig wwan0", 1);
+    world.modem.Answer(kStatusCommand, StatusAnswer("GOOD: 0", "CONNECTED", "2"));
+    world.router.SetShellStatus("ifconfig wwan0", 1);
     world.Start();
     world.RunFor(2min);
     EXPECT_EQ(CopiedRouter(world).Cause(), "interface_missing");
@@ -333,10 +333,11 @@ TEST(WhyAddress, HasNoInterfaceToBeOn) {
 TEST(WhyTraffic, DoesNotLeave) {
     World world("-E362");
     Carrier carrier(world);
-    world.SetTxBytes(1000);
+    world.router.SetTxBytes(1000);
     world.Start();
     ASSERT_TRUE(world.RunUntil(
-        [&] { return world.CountLog("Warning: TX count on wwan0 not incrementing.") == 3; }, 1h));
+        [&] { return world.trace.CountLog("Warning: TX count on wwan0 not incrementing.") == 3; },
+        1h));
     world.RunFor(10s);
     CopiedRouter router(world);
     router.SetAddress("10.64.0.2");
@@ -347,11 +348,12 @@ TEST(WhyTraffic, DoesNotLeave) {
 TEST(WhyTraffic, LeavesAgain) {
     World world("-E362");
     Carrier carrier(world);
-    world.SetTxBytes(1000);
+    world.router.SetTxBytes(1000);
     world.Start();
     ASSERT_TRUE(world.RunUntil(
-        [&] { return world.CountLog("Warning: TX count on wwan0 not incrementing.") == 3; }, 1h));
-    world.SetTxBytes(1001);
+        [&] { return world.trace.CountLog("Warning: TX count on wwan0 not incrementing.") == 3; },
+        1h));
+    world.router.SetTxBytes(1001);
     world.RunFor(3min);
     CopiedRouter router(world);
     router.SetAddress("10.64.0.2");

@@ -48,12 +48,12 @@ void ChangeRegistration(RandomWorld& world) {
 
 void PullTheSim(RandomWorld& world) {
     world.Tell(world.GetDice().Chance(50) ? "sim absent" : "sim locked");
-    world.After(world.GetDice().Between(1s, 5min), [&world] { world.Tell("sim ready"); });
+    world.clock.After(world.GetDice().Between(1s, 5min), [&world] { world.Tell("sim ready"); });
 }
 
 void DropTheCall(RandomWorld& world) {
     Dice& dice = world.GetDice();
-    world.ClearAddress();
+    world.router.ClearAddress();
     world.Tell("drop-call " + std::to_string(dice.Between(0, 12)));
     const int kResults[] = {1, 2, 3, 10, 14, 26, 28, 29, 77};
     if (dice.Chance(50)) {
@@ -65,14 +65,15 @@ void DropTheCall(RandomWorld& world) {
 }
 
 void StopTheTraffic(RandomWorld& world) {
-    const auto stopped = static_cast<std::uint64_t>(world.Now() / 1s) * 1000;
+    const auto stopped = static_cast<std::uint64_t>(world.clock.Now() / 1s) * 1000;
     if (world.GetDice().Chance(30)) {
-        world.RemoveTxBytes();
+        world.router.RemoveTxBytes();
     } else {
-        world.SetTxBytes(stopped);
+        world.router.SetTxBytes(stopped);
     }
-    world.After(world.GetDice().Between(1min, 30min), [&world] {
-        world.SetTxBytes([](Duration now) { return static_cast<std::uint64_t>(now / 1s) * 1000; });
+    world.clock.After(world.GetDice().Between(1min, 30min), [&world] {
+        world.router.SetTxBytes(
+            [](Duration now) { return static_cast<std::uint64_t>(now / 1s) * 1000; });
     });
 }
 
@@ -94,7 +95,7 @@ void Flood(RandomWorld& world) {
     std::string flood = dice.Chance(20) ? dice.Noise(size) : "";
     const std::string piece = dice.OneOf(kPieces);
     while (flood.size() < size) flood += piece;
-    world.ModemSays(flood);
+    world.modem.Say(flood);
 }
 
 void SpeakUnasked(RandomWorld& world) {
@@ -110,7 +111,7 @@ void SpeakUnasked(RandomWorld& world) {
                                   "$NWQMISTATUS: QMI Error:3",
                                   "^SYSSTART"};
     const std::string line = world.GetDice().OneOf(kLines);
-    world.ModemSays("\r\n" + line + "\r\n");
+    world.modem.Say("\r\n" + line + "\r\n");
 }
 
 std::string WithOtherNumbers(Dice& dice, const std::string& answer) {
@@ -159,26 +160,26 @@ std::string Spoilt(Dice& dice, const std::string& answer) {
 void AnswerOnceStrangely(RandomWorld& world) {
     Dice& dice = world.GetDice();
     const std::string command = dice.OneOf(CommandsOf(world.GetPlan().card));
-    world.modem().AnswerOnce(command, Spoilt(dice, world.HonestAnswer(command)));
+    world.modem.AnswerOnce(command, Spoilt(dice, world.HonestAnswer(command)));
 }
 
 void AnswerStrangelyForAWhile(RandomWorld& world) {
     Dice& dice = world.GetDice();
     const std::string command = dice.OneOf(CommandsOf(world.GetPlan().card));
-    world.modem().Answer(command, Spoilt(dice, world.HonestAnswer(command)));
-    world.After(dice.Between(10s, 10min), [&world, command] { world.modem().Forget(command); });
+    world.modem.Answer(command, Spoilt(dice, world.HonestAnswer(command)));
+    world.clock.After(dice.Between(10s, 10min), [&world, command] { world.modem.Forget(command); });
 }
 
 void AnswerLate(RandomWorld& world) {
     Dice& dice = world.GetDice();
     const std::string command = dice.OneOf(CommandsOf(world.GetPlan().card));
     const auto delay = dice.Between(200ms, dice.Chance(20) ? 40s : 3s);
-    world.modem().AnswerOnce(command, world.HonestAnswer(command), delay.count());
+    world.modem.AnswerOnce(command, world.HonestAnswer(command), delay);
 }
 
 void CutThePower(RandomWorld& world) {
     world.Tell("unplug");
-    world.After(world.GetDice().Between(1s, 2min), [&world] { world.Tell("plug"); });
+    world.clock.After(world.GetDice().Between(1s, 2min), [&world] { world.Tell("plug"); });
 }
 
 // --- The router ----------------------------------------------------------------------------------
@@ -208,27 +209,28 @@ void ChangeThePppFile(RandomWorld& world) {
                                  "e",
                                  ""};
     const char* const kAnswers[] = {"yes", "no", "NO", " no ", "perhaps", ""};
-    if (dice.Chance(10)) return world.RemoveFile(kPppFile);
-    world.WriteFile(kPppFile, ConfigurationFile(
-                                  dice, {std::string("CM_APN=") + dice.OneOf(kApns),
-                                         std::string("CM_ENABLE_INTERFACE=") + dice.OneOf(kAnswers),
-                                         std::string("CM_DEFAULTROUTE=") + dice.OneOf(kAnswers)}));
+    if (dice.Chance(10)) return world.files.Remove(kPppFile);
+    world.files.Write(
+        kPppFile,
+        ConfigurationFile(dice, {std::string("CM_APN=") + dice.OneOf(kApns),
+                                 std::string("CM_ENABLE_INTERFACE=") + dice.OneOf(kAnswers),
+                                 std::string("CM_DEFAULTROUTE=") + dice.OneOf(kAnswers)}));
 }
 
 void ChangeTheProvisioningFile(RandomWorld& world) {
     Dice& dice = world.GetDice();
     const char* const kLevels[] = {"-1", "0", "1", "2", "3", "4", "x", "", "99999999999"};
     const char* const kAnswers[] = {"yes", "no", "YES", "perhaps", ""};
-    if (dice.Chance(10)) return world.RemoveFile(kProvisioningFile);
-    world.WriteFile(kProvisioningFile,
-                    ConfigurationFile(dice, {std::string("DEBUG_MODE=") + dice.OneOf(kLevels),
-                                             std::string("SYNC_TIME=") + dice.OneOf(kAnswers)}));
+    if (dice.Chance(10)) return world.files.Remove(kProvisioningFile);
+    world.files.Write(kProvisioningFile,
+                      ConfigurationFile(dice, {std::string("DEBUG_MODE=") + dice.OneOf(kLevels),
+                                               std::string("SYNC_TIME=") + dice.OneOf(kAnswers)}));
 }
 
 void CountPppErrors(RandomWorld& world) {
     const char* const kCounts[] = {"0", "1", "7", "8", "16", "-8", "junk", "99999999999"};
-    world.WriteFile(kErrorCountFile, std::string("PPP_WIRELESS_ERROR_COUNTER=") +
-                                         world.GetDice().OneOf(kCounts) + "\n");
+    world.files.Write(kErrorCountFile, std::string("PPP_WIRELESS_ERROR_COUNTER=") +
+                                           world.GetDice().OneOf(kCounts) + "\n");
 }
 
 // Not out of the years in which a clock of 32 bits can be right.
@@ -238,8 +240,8 @@ void JumpTheClock(RandomWorld& world) {
     const Duration kDistances[] = {1s, 61s, 10min, 1h, 25h, 400 * 24h};
     Dice& dice = world.GetDice();
     const Duration distance = dice.OneOf(kDistances) * (dice.Chance(50) ? 1 : -1);
-    const std::int64_t then = world.WallSeconds() + distance / 1s;
-    if (then > kFirst && then < kLast) world.JumpClock(distance);
+    const std::int64_t then = world.clock.WallSeconds() + distance / 1s;
+    if (then > kFirst && then < kLast) world.clock.Jump(distance);
 }
 
 void DeleteSomething(RandomWorld& world) {
@@ -248,14 +250,15 @@ void DeleteSomething(RandomWorld& world) {
          {"/var/log/csq", "/tmp/sms/send", "/tmp/sms/recv", "/tmp/sms", "/tmp/kvtswi.resetting"}) {
         paths.emplace_back(path);
     }
-    world.RemoveFile(world.GetDice().OneOf(paths));
+    world.files.Remove(world.GetDice().OneOf(paths));
 }
 
 void ProtectAStatusFile(RandomWorld& world) {
     const int kErrors[] = {EROFS, ENOSPC, EACCES, EMFILE};
     const std::string path = world.GetDice().OneOf(StatusFiles());
-    world.FailPath(path, world.GetDice().OneOf(kErrors));
-    world.After(world.GetDice().Between(1s, 10min), [&world, path] { world.FailPath(path, 0); });
+    world.files.Fail(path, world.GetDice().OneOf(kErrors));
+    world.clock.After(world.GetDice().Between(1s, 10min),
+                      [&world, path] { world.files.Fail(path, 0); });
 }
 
 // --- The port. 26 failed writes in a row would be the end. ---------------------------------------
@@ -267,20 +270,20 @@ void DisturbThePort(RandomWorld& world) {
     const int times = dice.Between(1, 20);
     switch (dice.Below(3)) {
         case 0:
-            return world.FailWrites(error, times);
+            return world.port.FailWrites(error, times);
         case 1:
-            return world.FailWaiting(error, times);
+            return world.port.FailWaiting(error, times);
         default:
-            return world.FailReads(error, times);
+            return world.port.FailReads(error, times);
     }
 }
 
 void RepairThePort(RandomWorld& world) {
-    world.RepairPort();
+    world.port.Repair();
 }
 
 void RunOutOfSockets(RandomWorld& world) {
-    world.FailSockets(EMFILE, world.GetDice().Between(1, 5));
+    world.router.FailSockets(EMFILE, world.GetDice().Between(1, 5));
 }
 
 // --- Messages ------------------------------------------------------------------------------------
@@ -326,11 +329,11 @@ void DropSomethingElse(RandomWorld& world) {
     const std::string name = SpoolName(dice);
     const std::string path = "/tmp/sms/send/" + name;
     world.DropSomething(name);
-    world.WriteFile(path, "no message\n");
+    world.files.Write(path, "no message\n");
     const char* const kTargets[] = {"/dev/zero", "/nowhere", "/etc/passwd", "/etc"};
     const std::string target = dice.OneOf(kTargets);
     if (dice.Chance(30)) return;
-    world.RemoveFile(path);
+    world.files.Remove(path);
     if (dice.Chance(30)) {
         static_cast<void>(mkfifo(path.c_str(), 0666));
     } else {

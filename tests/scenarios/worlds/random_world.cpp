@@ -103,62 +103,62 @@ RandomWorld::RandomWorld(const Plan& plan)
     : World(plan.Arguments()),
       plan_(plan),
       dice_(plan.seed + 1),
-      twin_(sim::LoadProfile(modem().Name()), plan.seed) {
+      twin_(sim::LoadProfile(modem.Sim().Name()), plan.seed) {
     given_.card = plan.card;
     given_.polls_indicators = plan.polls_indicators;
     given_.apns = AllowedApns();
-    for (const std::string& path : StatusFiles()) Watch(path);
+    for (const std::string& path : StatusFiles()) trace.Watch(path);
     // What a send file says reaches the modem as it stands, and may be a command to it.
-    AllowUnknownCommands();
-    modem().SetHeardLimit(1);
+    modem.AllowUnknownCommands();
+    modem.Sim().SetHeardLimit(1);
     SetTheScene();
     ServeShellLines();
 }
 
 void RandomWorld::SetTheScene() {
-    if (dice_.Chance(30)) RemoveFile("/etc/ssh/ssh_host_dsa_key");
-    if (dice_.Chance(30)) WriteFile("/var/run/modemd.pid", dice_.Chance(50) ? "4711" : "garbage");
-    if (dice_.Chance(30)) SetUptime(dice_.Between(10s, 30min));
-    if (dice_.Chance(10)) RemoveUptime();
-    SetTxBytes([](Duration now) { return static_cast<std::uint64_t>(now / 1s) * 1000; });
+    if (dice_.Chance(30)) files.Remove("/etc/ssh/ssh_host_dsa_key");
+    if (dice_.Chance(30)) files.Write("/var/run/modemd.pid", dice_.Chance(50) ? "4711" : "garbage");
+    if (dice_.Chance(30)) router.SetUptime(dice_.Between(10s, 30min));
+    if (dice_.Chance(10)) router.RemoveUptime();
+    router.SetTxBytes([](Duration now) { return static_cast<std::uint64_t>(now / 1s) * 1000; });
     if (!plan_.device_comes_late) return;
-    RemoveDevice(dice_.Chance(50) ? ENOENT : EIO);
-    At(dice_.Between(1s, 30s), [this] { AddDevice(); });
+    port.RemoveDevice(dice_.Chance(50) ? ENOENT : EIO);
+    clock.At(dice_.Between(1s, 30s), [this] { port.AddDevice(); });
 }
 
 // While the call is up, a udhcpc that is started gets an address; the clock is really set.
 void RandomWorld::ServeShellLines() {
-    OnShell("udhcpc", [this](const std::string&) {
-        if (modem().GetState().call.GetPhase() == sim::DataCall::Phase::kUp) {
-            SetAddress("10.64.0.2");
+    router.OnShell("udhcpc", [this](const std::string&) {
+        if (modem.Sim().GetState().call.GetPhase() == sim::DataCall::Phase::kUp) {
+            router.SetAddress("10.64.0.2");
         }
         return TakeShellTrouble();
     });
-    OnShell("kill `cat", [this](const std::string&) {
-        ClearAddress();
+    router.OnShell("kill `cat", [this](const std::string&) {
+        router.ClearAddress();
         return TakeShellTrouble();
     });
     for (const char* start : {"ifconfig", "ping", "ResetPCMCIA"}) {
-        OnShell(start, [this](const std::string&) { return TakeShellTrouble(); });
+        router.OnShell(start, [this](const std::string&) { return TakeShellTrouble(); });
     }
-    OnShell("mv ", [this](const std::string& line) {
+    router.OnShell("mv ", [this](const std::string& line) {
         const int trouble = TakeShellTrouble();
         return trouble != 0 ? trouble : Move(PlainShellWords(line));
     });
-    OnShell("/bin/date", [this](const std::string& line) { return SetClock(line); });
+    router.OnShell("/bin/date", [this](const std::string& line) { return SetClock(line); });
 }
 
 int RandomWorld::TakeShellTrouble() {
     if (!plan_.shell_has_troubles || !dice_.Chance(20)) return 0;
-    TakeTime(dice_.Between(0s, 5s));
+    router.TakeTime(dice_.Between(0s, 5s));
     return dice_.Between(0, 1);
 }
 
 // As mv does it, but within the simulated time of the files.
 int RandomWorld::Move(const std::vector<std::string>& words) {
-    if (words.size() != 4 || !Exists(words[2])) return 1;
-    WriteFile(words[3], File(words[2]));
-    RemoveFile(words[2]);
+    if (words.size() != 4 || !files.Exists(words[2])) return 1;
+    files.Write(words[3], files.Read(words[2]));
+    files.Remove(words[2]);
     return 0;
 }
 
@@ -170,20 +170,20 @@ int RandomWorld::SetClock(const std::string& line) {
         return 1;
     }
     if (time.tm_year > 137) return 1;  // as a clock of 32 bits does
-    JumpClock(std::chrono::seconds(timegm(&time) - WallSeconds()));
+    clock.Jump(std::chrono::seconds(timegm(&time) - clock.WallSeconds()));
     return 0;
 }
 
 void RandomWorld::Tell(const std::string& line) {
-    modem().Control(line, Now().count());
+    modem.Tell(line);
 }
 
 std::string RandomWorld::HonestAnswer(const std::string& command) {
     constexpr Duration kPatience = 10s;
-    twin_.Receive(command + "\r", Now().count());
+    twin_.Receive(command + "\r", clock.Now().count());
     std::string answer;
-    while (twin_.NextEvent() <= (Now() + kPatience).count()) {
-        answer += twin_.Transmit(std::max(twin_.NextEvent(), Now().count()));
+    while (twin_.NextEvent() <= (clock.Now() + kPatience).count()) {
+        answer += twin_.Transmit(std::max(twin_.NextEvent(), clock.Now().count()));
     }
     return answer;
 }
@@ -193,19 +193,19 @@ void RandomWorld::DropSendFile(const std::string& name, const std::string& numbe
     DropSomething(name);
     given_.numbers.insert(WithoutWhiteSpace(number));
     std::string file = "TO=" + number + "\nMSG=" + text;
-    WriteFile("/tmp/sms/send/" + name, file);
+    files.Write("/tmp/sms/send/" + name, file);
     if (file.size() < kLongestFile) file += file.back();
     given_.messages.insert(file.substr(file.find("MSG=") + 4, kLongestSent));
 }
 
 void RandomWorld::DropSomething(const std::string& name) {
-    RemoveFile("/tmp/sms/send/" + name);
+    files.Remove("/tmp/sms/send/" + name);
     given_.names.insert(name);
 }
 
 void RandomWorld::Schedule(const Plan::Drawn& drawn) {
-    After(dice_.Between(1s, drawn.gap * 2), [this, &drawn] {
-        Note(drawn.happening->what);
+    clock.After(dice_.Between(1s, drawn.gap * 2), [this, &drawn] {
+        trace.Note(drawn.happening->what);
         drawn.happening->happen(*this);
         Schedule(drawn);
     });
@@ -214,10 +214,10 @@ void RandomWorld::Schedule(const Plan::Drawn& drawn) {
 void RandomWorld::Live() {
     Start();
     for (const Plan::Drawn& drawn : plan_.happenings) Schedule(drawn);
-    while (Now() < plan_.length && !testing::Test::HasFailure()) {
+    while (clock.Now() < plan_.length && !testing::Test::HasFailure()) {
         RunFor(kChapter);
-        ASSERT_TRUE(Running()) << "it has ended";
-        EXPECT_GT(Writes().size() + GetTrace().Of(Kind::kWriteFailed).size(), 0U)
+        ASSERT_TRUE(daemon.Running()) << "it has ended";
+        EXPECT_GT(trace.Writes().size() + trace.Of(Kind::kWriteFailed).size(), 0U)
             << "it asks nothing";
         CheckWhatHappened();
         CheckMemory();
@@ -227,19 +227,19 @@ void RandomWorld::Live() {
 
 void RandomWorld::End() {
     if (plan_.ending == Ending::kUnplugged) {
-        Unplug();
+        port.Unplug();
         EXPECT_EQ(RunToExit(kLongestDying), 255);
-        EXPECT_EQ(CountLog("Port error counter above 25, resetting modem"), 1U);
-        EXPECT_EQ(Shell().back(), "ResetPCMCIA now &> /dev/null &");
+        EXPECT_EQ(trace.CountLog("Port error counter above 25, resetting modem"), 1U);
+        EXPECT_EQ(trace.Shell().back(), "ResetPCMCIA now &> /dev/null &");
         return CheckWhatHappened();
     }
     RunFor(dice_.Between(0s, 30s));
-    WriteFile("/var/run/BackendResetControl", "");
-    if (plan_.ending == Ending::kHungUpAndTerminated) Signal(SIGHUP);
+    files.Write("/var/run/BackendResetControl", "");
+    if (plan_.ending == Ending::kHungUpAndTerminated) daemon.Signal(SIGHUP);
     if (plan_.ending == Ending::kTerminatedWithinAPass) {
-        SignalAtCall(Calls() + 1 + dice_.Below(200), SIGTERM);
+        daemon.SignalAtCall(daemon.Calls() + 1 + dice_.Below(200), SIGTERM);
     } else {
-        Signal(SIGTERM);
+        daemon.Signal(SIGTERM);
     }
     EXPECT_EQ(RunToExit(kLongestPass), 0) << "SIGTERM does not end it";
     ExpectOrderlyEnd();
@@ -247,19 +247,19 @@ void RandomWorld::End() {
 }
 
 void RandomWorld::ExpectOrderlyEnd() {
-    ExpectLogInOrder({"received SIGINT/SIGTERM", "doing cleanup and exiting", "exit"});
-    for (const std::string& name : List("/var/log")) {
+    trace.ExpectLogInOrder({"received SIGINT/SIGTERM", "doing cleanup and exiting", "exit"});
+    for (const std::string& name : files.List("/var/log")) {
         EXPECT_NE(name.compare(0, 9, "wireless."), 0) << name << " is left";
     }
-    EXPECT_FALSE(Exists("/var/run/BackendResetControl"));
-    EXPECT_TRUE(Exists("/var/run/modemd.pid"));
-    EXPECT_EQ(File("/var/log/lightbar"), "");
+    EXPECT_FALSE(files.Exists("/var/run/BackendResetControl"));
+    EXPECT_TRUE(files.Exists("/var/run/modemd.pid"));
+    EXPECT_EQ(files.Read("/var/log/lightbar"), "");
     if (!cards::Has(cards::kLte, plan_.card)) return;
-    EXPECT_EQ(Shell().back(), "ifconfig wwan0 0.0.0.0 down &> /dev/null");
+    EXPECT_EQ(trace.Shell().back(), "ifconfig wwan0 0.0.0.0 down &> /dev/null");
 }
 
 void RandomWorld::CheckWhatHappened() {
-    for (const rig::Event& event : GetTrace().Events()) {
+    for (const rig::Event& event : trace.Events()) {
         const std::string fault = FaultOf(event);
         if (!fault.empty()) {
             ADD_FAILURE() << fault << ":\n" << event;
@@ -268,9 +268,9 @@ void RandomWorld::CheckWhatHappened() {
     }
     if (testing::Test::HasFailure()) return;
     if (recorded_) {
-        chronicle_.insert(chronicle_.end(), GetTrace().Events().begin(), GetTrace().Events().end());
+        chronicle_.insert(chronicle_.end(), trace.Events().begin(), trace.Events().end());
     }
-    ClearTrace();
+    trace.Clear();
 }
 
 std::string RandomWorld::FaultOf(const rig::Event& event) const {
@@ -306,7 +306,7 @@ void RandomWorld::CheckMemory() {
     const long memory = rig::DaemonMemory("RssAnon");
     ASSERT_GT(memory, 0);
     EXPECT_LT(memory, plan_.HasFloods() ? kMostMemoryInFloods : kMostMemory);
-    if (Now() <= kSettlingTime) {
+    if (clock.Now() <= kSettlingTime) {
         settled_memory_ = memory;
     } else if (plan_.happenings.empty()) {
         EXPECT_LE(memory, settled_memory_ + kSmallGrowth) << "memory grows";

@@ -1,10 +1,17 @@
-// GoogleTest shows durations as seconds, not as the bytes that they are made of.
+// Lengths of simulated time. GoogleTest shows them as seconds, not as the bytes they are made of.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <ostream>
+
+namespace rig {
+
+using namespace std::chrono_literals;
+using Duration = std::chrono::microseconds;
+
+}  // namespace rig
 
 namespace testing::internal {
 
