@@ -34,8 +34,10 @@ struct WatchedFile {
     }
 };
 
-WatchedFile g_ppp_file = {published::kPppConfigFile, {}};
-WatchedFile g_provisioning_file = {published::kProvisioningFile, {}};
+// The two files as they were last read. Each is written by its own reader below, and starts with
+// the time 0, so that a file that is there counts as changed at the first look.
+WatchedFile ppp_file = {published::kPppConfigFile, {}};
+WatchedFile provisioning_file = {published::kProvisioningFile, {}};
 
 std::string LowerValue(const cInfoTable& table, const char* key) {
     std::string value = table.GetValue(key);
@@ -131,9 +133,9 @@ void ReadSyncTime(const cInfoTable& table) {
 
 int ReadPppConfigFile() {
     struct stat now = {};
-    if (g_ppp_file.Test(now) != kChanged) return 0;
-    g_ppp_file.saved = now;
-    const cInfoTable table(g_ppp_file.path, '=');
+    if (ppp_file.Test(now) != kChanged) return 0;
+    ppp_file.saved = now;
+    const cInfoTable table(ppp_file.path, '=');
     ReadApn(table);
     ReadInterfaceEnabled(table);
     ReadDefaultRoute(table);
@@ -142,12 +144,12 @@ int ReadPppConfigFile() {
 
 int ReadProvisioningFile() {
     struct stat now = {};
-    const FileState state = g_provisioning_file.Test(now);
+    const FileState state = provisioning_file.Test(now);
     if (state == kMissing) g_S_PppConfig.time_sync_enabled = true;
     if (state != kChanged) return 0;
     g_S_PppConfig.provisioning_changed = true;
-    g_provisioning_file.saved = now;
-    const cInfoTable table(g_provisioning_file.path, '=');
+    provisioning_file.saved = now;
+    const cInfoTable table(provisioning_file.path, '=');
     ReadDebugMode(table);
     ReadSyncTime(table);
     return 1;

@@ -38,6 +38,9 @@ FORBIDDEN = re.compile(r"\bspec(?:ification)?s?\b|\bpart [0-9]\.[0-9]|\bissue #?
                        r"|\b(?:TO-?DO|FIX-?ME|X{3}|HAC[K])\b", re.IGNORECASE)
 # A test as the documents name it; `Suite.*` stands for all of a suite.
 NAMED_TEST = re.compile(r"`([A-Z]\w+\.(?:[A-Z]\w*|test_\w+|\*))`")
+# The definition of a variable with the prefix of the globals, wherever in a file it stands.
+DEFINED_GLOBAL = re.compile(r"^\s*(?!return\b)(?:[\w:<>]+[\s*&]+)+(g_\w+)(?:\[.*\])?(?: = .*|\{.*)?;$",
+                            re.MULTILINE)
 LIBRARIES = {"libc.so.6", "libstdc++.so.6", "libm.so.6", "libgcc_s.so.1"}
 SANITIZERS = {"libasan.so.8", "libubsan.so.1"}
 
@@ -176,6 +179,17 @@ class Files(unittest.TestCase):
             if not any(test.is_file() for test in tests):
                 wrong.append(f"{path.relative_to(PROJECT)} has no test")
         self.assertEqual(sorted(wrong), [])
+
+    def test_only_globals_wear_the_prefix_of_globals(self):
+        """g_ tells a reader that others write it, too: such a name stands in the room's header."""
+        wrong = []
+        for path in SOURCE.rglob("*.cpp"):
+            header = path.with_suffix(".h")
+            declared = header.read_text() if header.is_file() else ""
+            for name in DEFINED_GLOBAL.findall(path.read_text()):
+                if not re.search(rf"^extern .*\b{name}\b", declared, re.MULTILINE):
+                    wrong.append(f"{path.relative_to(PROJECT)}: {name}")
+        self.assertEqual(wrong, [])
 
     def test_no_forbidden_words(self):
         wrong = []
