@@ -9,7 +9,8 @@ readonly DEMO_NEEDS='/usr/bin/python3:python3 /usr/lib/python3/dist-packages/ric
 readonly TEST_NEEDS='/usr/include/gtest/gtest.h:libgtest-dev /usr/include/gmock/gmock.h:libgmock-dev
     /usr/lib/python3/dist-packages/pytest:python3-pytest
     /usr/lib/python3/dist-packages/xdist:python3-pytest-xdist readelf:binutils git:git
-    /usr/lib/python3/dist-packages/jsonschema:python3-jsonschema tmux:tmux'
+    /usr/lib/python3/dist-packages/jsonschema:python3-jsonschema tmux:tmux
+    gammu:gammu smsd:smstools'
 
 step() {
     echo "==> $*"

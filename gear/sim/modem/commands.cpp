@@ -55,6 +55,7 @@ const std::unordered_map<std::string, Row>& Table() {
         {"+CREG", {HandleRegistrationMode, nullptr}},
         {"+CGREG", {HandleRegistrationMode, nullptr}},
         {"+CEREG", {HandleRegistrationMode, "lte"}},
+        {"+COPS", {HandleOperator, nullptr}},
         {"+CGDCONT", {HandleContexts, nullptr}},
         {"+NWAPNE", {HandleProfileApn, "qmi"}},
         {"$NWQMICONNECT", {HandleCallConnect, "qmi"}},
@@ -64,6 +65,7 @@ const std::unordered_map<std::string, Row>& Table() {
         {"+CMGL", {HandleMessageList, nullptr}},
         {"+CMGR", {HandleMessageRead, nullptr}},
         {"+CMGD", {HandleMessageDelete, nullptr}},
+        {"+CPMS", {HandleMessageMemory, nullptr}},
         {"+CMGS", {HandleMessageSend, nullptr}},
     };
     return table;

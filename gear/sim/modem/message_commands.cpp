@@ -1,5 +1,9 @@
 #include "sim/modem/message_commands.h"
 
+#include <iterator>
+
+#include "sim/modem/pdu.h"
+
 namespace sim {
 
 namespace {
@@ -25,8 +29,41 @@ bool TakeFailure(State& state, bool at_prompt) {
     return true;
 }
 
-Reply Prompt(State& state, std::string number) {
-    state.draft_to = std::move(number);
+// What the host calls the states in PDU mode is their place here.
+constexpr const char* kStateNames[] = {"REC UNREAD", "REC READ", "STO UNSENT", "STO SENT", "ALL"};
+
+// The state that a listing is asked for, by name or by number; empty when there is no such.
+std::string WantedState(const State& state, const Command& command) {
+    if (command.parameters.empty()) return kStateNames[0];
+    if (state.modes.cmgf == 1) return command.Text(0);
+    const auto number = command.Number(0, 0);
+    const bool known = number && *number >= 0 && *number < static_cast<int>(std::size(kStateNames));
+    return known ? kStateNames[*number] : "";
+}
+
+Pdu PduOf(const State& state, const StoredSms& message) {
+    return DeliverPdu(message, state.Setting("service-centre"));
+}
+
+std::string ListEntry(const State& state, int index) {
+    if (state.modes.cmgf == 1) return state.sms.ListEntry(index);
+    const StoredSms& message = *state.sms.Find(index);
+    const Pdu pdu = PduOf(state, message);
+    return Print("+CMGL: %d,%d,,%d\r\n", index, static_cast<int>(message.state), pdu.length) +
+           pdu.hex;
+}
+
+std::string ReadEntry(const State& state, const StoredSms& message) {
+    if (state.modes.cmgf == 1) {
+        return std::string("+CMGR: \"") + SmsStateName(message.state) + "\",\"" + message.number +
+               "\",,\"" + message.stamp + "\"\r\n" + message.text;
+    }
+    const Pdu pdu = PduOf(state, message);
+    return Print("+CMGR: %d,,%d\r\n", static_cast<int>(message.state), pdu.length) + pdu.hex;
+}
+
+Reply Prompt(State& state, Draft draft) {
+    state.draft = std::move(draft);
     Reply reply = Ok();
     reply.prompt = true;
     reply.delay = state.prompt_delay;
@@ -57,15 +94,12 @@ std::optional<Reply> HandleMessageList(State& state, const Command& command) {
     }
     if (command.form == Form::kRead) return std::nullopt;
     if (const auto error = SimInTheWay(state)) return error;
-    if (state.modes.cmgf == 0) return CmsError(kCmsNotAllowed);
-    const std::string which =
-        command.parameters.empty() ? std::string("REC UNREAD") : command.Text(0);
-    const auto indexes = state.sms.Matching(which);
+    const auto indexes = state.sms.Matching(WantedState(state, command));
     if (!indexes) return CmsError(kCmsBadTextParameter);
     std::string list;
     for (const int index : *indexes) {
         if (!list.empty()) list += "\r\n";
-        list += state.sms.ListEntry(index);
+        list += ListEntry(state, index);
         state.sms.MarkRead(index);
     }
     return Slowly(Info(list), 50 * kMillisecond);
@@ -74,12 +108,10 @@ std::optional<Reply> HandleMessageList(State& state, const Command& command) {
 std::optional<Reply> HandleMessageRead(State& state, const Command& command) {
     if (command.form != Form::kSet) return std::nullopt;
     if (const auto error = SimInTheWay(state)) return error;
-    if (state.modes.cmgf == 0) return CmsError(kCmsNotAllowed);
     const auto index = command.Number(0, 0);
     const StoredSms* message = index ? state.sms.Find(*index) : nullptr;
     if (message == nullptr) return CmsError(kCmsBadIndex);
-    std::string text = std::string("+CMGR: \"") + SmsStateName(message->state) + "\",\"" +
-                       message->number + "\",,\"" + message->stamp + "\"\r\n" + message->text;
+    const std::string text = ReadEntry(state, *message);
     state.sms.MarkRead(*index);
     return Info(text);
 }
@@ -97,18 +129,53 @@ std::optional<Reply> HandleMessageDelete(State& state, const Command& command) {
 std::optional<Reply> HandleMessageSend(State& state, const Command& command) {
     if (command.form != Form::kSet) return std::nullopt;
     if (const auto error = SimInTheWay(state)) return error;
-    if (state.modes.cmgf == 0) return CmsError(kCmsNotAllowed);
-    if (!IsNumber(command.Text(0))) return CmsError(kCmsBadTextParameter);
+    Draft draft;
+    if (state.modes.cmgf == 1) {
+        if (!IsNumber(command.Text(0))) return CmsError(kCmsBadTextParameter);
+        draft.to = command.Text(0);
+    } else {
+        const auto length = command.Number(0, 0);
+        if (!length || *length <= 0) return CmsError(kCmsBadPduParameter);
+        draft.pdu_length = *length;
+    }
     if (TakeFailure(state, true)) return CmsError(state.sms_failure.code);
-    return Prompt(state, command.Text(0));
+    return Prompt(state, std::move(draft));
+}
+
+// There is one memory, that of the SIM.
+std::optional<Reply> HandleMessageMemory(State& state, const Command& command) {
+    const int used = state.sms.Used();
+    const int capacity = state.sms.Capacity();
+    switch (command.form) {
+        case Form::kTest:
+            return Info("+CPMS: (\"SM\"),(\"SM\"),(\"SM\")");
+        case Form::kRead:
+            return Info(Print("+CPMS: \"SM\",%d,%d,\"SM\",%d,%d,\"SM\",%d,%d", used, capacity, used,
+                              capacity, used, capacity));
+        case Form::kSet:
+            for (const std::string& memory : command.parameters) {
+                if (memory != "SM") return CmsError(kCmsNotAllowed);
+            }
+            return Info(
+                Print("+CPMS: %d,%d,%d,%d,%d,%d", used, capacity, used, capacity, used, capacity));
+        case Form::kExecute:
+            break;
+    }
+    return std::nullopt;
 }
 
 Reply FinishMessage(State& state, const std::string& body) {
+    Submitted message{state.draft.to, body};
+    if (state.draft.pdu_length > 0) {
+        const auto submitted = ReadSubmitPdu(Trim(body), state.draft.pdu_length);
+        if (!submitted) return CmsError(kCmsBadPduParameter);
+        message = *submitted;
+    }
     if (TakeFailure(state, false)) {
         return Slowly(CmsError(state.sms_failure.code), state.send_delay);
     }
     if (!state.radio.HasService()) return Slowly(CmsError(kCmsNoNetwork), state.send_delay);
-    state.sent.push_back({state.draft_to, body, state.now});
+    state.sent.push_back({message.to, message.text, state.now});
     // The reference counts through one octet, as the network's does.
     state.next_reference = (state.next_reference + 1) % 256;
     return Slowly(Info("+CMGS: " + std::to_string(state.next_reference)), state.send_delay);

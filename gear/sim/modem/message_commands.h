@@ -9,6 +9,7 @@ std::optional<Reply> HandleMessageFormat(State& state, const Command& command);
 std::optional<Reply> HandleMessageList(State& state, const Command& command);
 std::optional<Reply> HandleMessageRead(State& state, const Command& command);
 std::optional<Reply> HandleMessageDelete(State& state, const Command& command);
+std::optional<Reply> HandleMessageMemory(State& state, const Command& command);
 std::optional<Reply> HandleMessageSend(State& state, const Command& command);
 
 // The host has given the body that a prompt asked for.

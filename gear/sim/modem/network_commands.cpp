@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "sim/modem/values.h"
+
 namespace sim {
 
 namespace {
@@ -68,6 +70,24 @@ std::optional<Reply> HandleRegistrationMode(State& state, const Command& command
             break;
     }
     return std::nullopt;
+}
+
+std::optional<Reply> HandleOperator(State& state, const Command& command) {
+    if (command.form == Form::kRead) {
+        const std::string name = Value(state, state.modes.cops == 2 ? "plmn-now" : "operator-now");
+        Reply reply =
+            Info(name.empty() ? "+COPS: 0"
+                              : Print("+COPS: 0,%d,\"%s\"", state.modes.cops, name.c_str()));
+        reply.delay = 20 * kMillisecond;
+        return reply;
+    }
+    // Only the form of the answer can be chosen, not the operator.
+    constexpr int kFormatOnly = 3;
+    const auto format = command.Number(1, 0);
+    if (command.form != Form::kSet || command.Number(0, 0) != kFormatOnly) return std::nullopt;
+    if (!format || *format < 0 || *format > 2) return CmeError(kIncorrectParameters);
+    state.modes.cops = *format;
+    return Ok();
 }
 
 std::optional<Reply> HandleContexts(State& state, const Command& command) {

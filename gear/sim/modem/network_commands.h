@@ -6,6 +6,7 @@
 namespace sim {
 
 std::optional<Reply> HandleRegistrationMode(State& state, const Command& command);
+std::optional<Reply> HandleOperator(State& state, const Command& command);
 std::optional<Reply> HandleContexts(State& state, const Command& command);
 std::optional<Reply> HandleProfileApn(State& state, const Command& command);
 std::optional<Reply> HandleCallConnect(State& state, const Command& command);

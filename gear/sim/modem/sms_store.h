@@ -1,4 +1,4 @@
-// The store of short messages, as TS 27.005 describes it in text mode.
+// The store of short messages, as TS 27.005 describes it.
 #pragma once
 
 #include <deque>
@@ -13,6 +13,7 @@ namespace sim {
 
 // Codes of +CMS ERROR that the store and the sender give by themselves.
 constexpr int kCmsNotAllowed = 302;
+constexpr int kCmsBadPduParameter = 304;
 constexpr int kCmsBadTextParameter = 305;
 constexpr int kCmsNoSim = 310;
 constexpr int kCmsSimPin = 311;
@@ -25,7 +26,7 @@ struct SentSms {
     Micros at;
 };
 
-enum class SmsState { kUnread, kRead };
+enum class SmsState { kUnread, kRead };  // numbered as PDU mode numbers them
 
 const char* SmsStateName(SmsState state);  // "REC UNREAD" or "REC READ"
 
@@ -58,7 +59,7 @@ class SmsStore {
     bool Full() const { return Used() == Capacity(); }
     std::size_t Waiting() const { return waiting_.size(); }
 
-    // One line "+CMGL: ..." and the body behind it.
+    // In text mode: one line "+CMGL: ..." and the body behind it.
     std::string ListEntry(int index) const;
 
   private:

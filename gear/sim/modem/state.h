@@ -31,12 +31,19 @@ struct Modes {
     int cgreg = 0;
     int cereg = 0;
     int cmgf = 0;  // 0 PDU mode, 1 text mode
+    int cops = 0;  // how the operator is told: 0 and 1 by name, 2 by number
 };
 
 struct SmsFailure {
     int code = 0;
     int times = 0;  // how many sends still fail; negative: all
     bool at_prompt = false;
+};
+
+// The message that the host is about to give.
+struct Draft {
+    std::string to;      // in text mode
+    int pdu_length = 0;  // in octets; 0 in text mode
 };
 
 struct State {
@@ -51,7 +58,7 @@ struct State {
     std::vector<SentSms> sent;
     int next_reference = 0;  // of +CMGS, 0 to 255
     SmsFailure sms_failure;
-    std::string draft_to;  // whom the message under way is for
+    Draft draft;
     Micros prompt_delay = 10 * kMillisecond;
     Micros send_delay = 300 * kMillisecond;
 

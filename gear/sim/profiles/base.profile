@@ -9,6 +9,7 @@ imei = 001017000000003
 imsi = 001010123456789
 iccid = 8900101000000000019
 mdn = 2015550123
+service-centre = +12015550100
 
 operator = Example Net
 plmn = 001010
@@ -39,19 +40,6 @@ context 1 IP internet
 < +CIND: 5,{indicator},{in-service},{sms-unread},0,0,{roaming},{sms-full}
 < OK
 
-> AT+CIND=?
-< +CIND: ("battchg",(0-5)),("signal",(0-5)),("service",(0,1)),("message",(0,1)),("call",(0,1)),("vox",(0,1)),("roam",(0,1)),("smsfull",(0,1))
-< OK
-
-> AT+COPS?
-when in-service=1
-delay 20ms
-< +COPS: 0,0,"{operator-now}"
-< OK
-> AT+COPS?
-< +COPS: 0
-< OK
-
 > AT+CGATT?
 < +CGATT: {in-service}
 < OK
@@ -60,12 +48,8 @@ delay 20ms
 < +CCLK: "{stamp}"
 < OK
 
-> AT+CPMS?
-< +CPMS: "SM",{sms-used},{sms-capacity},"SM",{sms-used},{sms-capacity},"SM",{sms-used},{sms-capacity}
-< OK
-
 > AT+CSCA?
-< +CSCA: "+12015550100",145
+< +CSCA: "{service-centre}",145
 < OK
 
 > AT+CIMI
@@ -102,10 +86,6 @@ delay 20ms
 < {model}
 < OK
 
-> AT+GMR
-< {revision}
-< OK
-
 > AT+CGMR
 < {revision}
 < OK
@@ -116,13 +96,6 @@ delay 20ms
 
 > AT+CGSN
 < {imei}
-< OK
-
-> ATI
-< Manufacturer: {manufacturer}
-< Model: {model}
-< Revision: {revision}
-< IMEI: {imei}
 < OK
 
 # Not in the standard, but most modems take it.

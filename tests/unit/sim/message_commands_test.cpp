@@ -97,12 +97,47 @@ TEST_F(Messages, NeedANetworkASimAndANumber) {
     EXPECT_EQ(modem.Ask("AT+CMGD=1"), "\r\n+CMS ERROR: 311\r\n");
 }
 
-TEST_F(Messages, NeedTextMode) {
-    modem.Ask("AT+CMGF=0");
-    EXPECT_EQ(modem.Ask("AT+CMGL=\"ALL\""), "\r\n+CMS ERROR: 302\r\n");
-    EXPECT_EQ(modem.Ask("AT+CMGS=\"2015550100\""), "\r\n+CMS ERROR: 302\r\n");
+TEST_F(Messages, TextModeCanBeMissing) {
     modem.Tell("set text-mode off");
     EXPECT_EQ(modem.Ask("AT+CMGF=1"), "\r\nERROR\r\n");
+}
+
+TEST_F(Messages, InPduModeAreListedAndReadAsOctets) {
+    modem.Tell("clock 2026-03-14T09:15:02");
+    modem.Tell("sms +12015550199 hellohello");
+    modem.Ask("AT+CMGF=0");
+    const std::string pdu =
+        "07912110550501F0"
+        "040B912110550591F9"
+        "0000"
+        "62304190512000"
+        "0AE8329BFD4697D9EC37";
+    EXPECT_EQ(modem.Ask("AT+CMGR=1"), Answered("+CMGR: 0,,28\r\n" + pdu));
+    EXPECT_EQ(modem.Ask("AT+CMGL=1"), Answered("+CMGL: 1,1,,28\r\n" + pdu));
+    EXPECT_EQ(modem.Ask("AT+CMGL=4"), Answered("+CMGL: 1,1,,28\r\n" + pdu));
+    EXPECT_EQ(modem.Ask("AT+CMGL"), "\r\nOK\r\n");
+    EXPECT_EQ(modem.Ask("AT+CMGL=5"), "\r\n+CMS ERROR: 305\r\n");
+}
+
+TEST_F(Messages, InPduModeAreSentByTheirLength) {
+    modem.Ask("AT+CMGF=0");
+    EXPECT_EQ(modem.Ask("AT+CMGS=22"), "\r\n> ");
+    EXPECT_EQ(modem.Ask("0011000A81021055102000"
+                        "00A70AE8329BFD4697D9EC37\x1a"),
+              Answered("+CMGS: 1"));
+    ASSERT_EQ(modem.SentMessages().size(), 1u);
+    EXPECT_EQ(modem.SentMessages()[0].to, "2001550102");
+    EXPECT_EQ(modem.SentMessages()[0].text, "hellohello");
+    modem.Ask("AT+CMGS=21");
+    EXPECT_EQ(modem.Ask("0011000A8102105510200000A70AE8329BFD4697D9EC37\x1a"),
+              "\r\n+CMS ERROR: 304\r\n");
+    EXPECT_EQ(modem.Ask("AT+CMGS=\"+12015550100\""), "\r\n+CMS ERROR: 304\r\n");
+}
+
+TEST_F(Messages, HaveOneMemory) {
+    EXPECT_EQ(modem.Ask("AT+CPMS=\"SM\",\"SM\""), Answered("+CPMS: 0,20,0,20,0,20"));
+    EXPECT_EQ(modem.Ask("AT+CPMS=\"ME\""), "\r\n+CMS ERROR: 302\r\n");
+    EXPECT_EQ(modem.Ask("AT+CPMS=?"), Answered("+CPMS: (\"SM\"),(\"SM\"),(\"SM\")"));
 }
 
 TEST_F(Messages, AFullStoreTellsSo) {

@@ -18,8 +18,8 @@
 
 #include "machine/fair_clock.h"
 #include "machine/own_folder.h"
-#include "sim/program/hooks.h"
 #include "sim/program/control_socket.h"
+#include "sim/program/hooks.h"
 #include "sim/program/pty_port.h"
 
 namespace {
