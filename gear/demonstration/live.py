@@ -7,7 +7,8 @@ import time
 from router_sandbox import BUILD, PROJECT, Router
 from state import RESTART_PAUSE, Snapshot, Stage
 
-SCRIPT = str(PROJECT / "packaging" / "modemd.init")
+SCRIPT = str(PROJECT / "packaging" / "sysv" / "modemd")
+LIBEXEC = PROJECT / "packaging" / "libexec"
 DEVICE = "/dev/ttyUSB0"
 # Where the start script is told to find the daemon, so that its exit status can be seen.
 WATCHED = "/sbin/modemd-watched"
@@ -56,7 +57,7 @@ class LiveRouter(Stage):
 
     def start(self):
         self.router.path("/etc/default").mkdir(exist_ok=True)
-        self.router.write("/etc/default/modemd", f"DAEMON={WATCHED}\nCARD={self.card.option[1:]}\n"
+        self.router.write("/etc/default/modemd", f"LIBEXEC={LIBEXEC}\nDAEMON={WATCHED}\nCARD={self.card.option[1:]}\n"
                                                  f"DEVICE={DEVICE}\nPAUSE={RESTART_PAUSE}\n")
         self.router.write(WATCHED, WATCHED_TEXT)
         os.chmod(self.router.path(WATCHED), 0o755)

@@ -30,16 +30,16 @@ def figure(text):
 class Router:
     """One sandbox. Use as a context manager, or call close()."""
 
-    def __init__(self, card=None):
+    def __init__(self, card=None, command=("sleep", "100000")):
         self.directory = tempfile.TemporaryDirectory(prefix="modemd-system-")
         pid_file = pathlib.Path(self.directory.name) / "pid"
         # Even a killed test takes its sandbox along.
-        command = ["setpriv", "--pdeathsig", "TERM",
-                   str(PROJECT / "scripts" / "router"), "--quiet", "--build", str(BUILD),
-                   "--pid-file", str(pid_file)]
+        router = ["setpriv", "--pdeathsig", "TERM",
+                  str(PROJECT / "scripts" / "router"), "--quiet", "--build", str(BUILD),
+                  "--pid-file", str(pid_file)]
         if card:
-            command += ["--card", card]
-        self.process = subprocess.Popen([*command, "--", "sleep", "100000"],
+            router += ["--card", card]
+        self.process = subprocess.Popen([*router, "--", *command],
                                         stdin=subprocess.DEVNULL, start_new_session=True)
         self.started_at = None
         try:

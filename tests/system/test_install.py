@@ -13,8 +13,7 @@ PAGES = "share/man"
 DAEMON = {"sbin/modemd", f"{PAGES}/man8/modemd.8"}
 PROFILES = {f"share/modemd/profiles/{path.name}" for path in (PROJECT / "gear/sim/profiles").iterdir()}
 SIMULATOR = {"bin/modem-sim", f"{PAGES}/man1/modem-sim.1"} | PROFILES
-TOOLS = {"bin/modemctl", f"{PAGES}/man1/modemctl.1", "share/bash-completion/completions/modemctl",
-         "share/modemd/modemd.init", "share/modemd/modemd.service"}
+TOOLS = {"bin/modemctl", f"{PAGES}/man1/modemctl.1", "share/bash-completion/completions/modemctl"}
 
 
 def installed(*words):
@@ -45,7 +44,7 @@ class Components(unittest.TestCase):
         self.assertEqual(installed(), DAEMON)
         self.assertEqual(installed("--component", "daemon"), DAEMON)
 
-    def test_the_tools_and_start_scripts_by_name(self):
+    def test_the_tools_by_name(self):
         self.assertEqual(installed("--component", "tools"), TOOLS)
 
     def test_the_simulator_by_name(self):

@@ -4,7 +4,8 @@ import unittest
 
 from router_sandbox import BUILD, PROJECT, Router
 
-SCRIPT = str(PROJECT / "packaging" / "modemd.init")
+SCRIPT = PROJECT / "packaging" / "sysv" / "modemd"
+LIBEXEC = PROJECT / "packaging" / "libexec"
 
 
 class StartScript(unittest.TestCase):
@@ -12,16 +13,16 @@ class StartScript(unittest.TestCase):
     def setUpClass(cls):
         cls.router = Router("881")
         cls.router.shell(f"ln -sf {BUILD}/modemd /sbin/modemd; mkdir -p /etc/default;"
-                         " echo CARD=881 >/etc/default/modemd;"
-                         f" sed 's,^DAEMON=.*,DAEMON=/sbin/modemd,; s,^PAUSE=.*,PAUSE=1,' {SCRIPT}"
-                         " >/etc/modemd.init; chmod +x /etc/modemd.init")
+                         f" ln -s {SCRIPT} /etc/modemd.init")
+        cls.router.write("/etc/default/modemd",
+                         f"LIBEXEC={LIBEXEC}\nDAEMON=/sbin/modemd\nCARD=881\nPAUSE=1\n")
 
     @classmethod
     def tearDownClass(cls):
         cls.router.close()
 
     def wait_for_stop(self):
-        for name in ("[m]odemd -881", "[m]odemd.init run"):
+        for name in ("[m]odemd -881", "[m]odemd-keeper"):
             self.router.wait_for(lambda name=name: self.router.shell(f"ps | grep '{name}' || true")
                                  == "", "the processes to end")
 

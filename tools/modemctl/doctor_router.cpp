@@ -155,20 +155,20 @@ std::string UnitValue(const std::string& unit, const std::string& key) {
 }
 
 Finding JudgeUnit(const std::string& path, const std::string& unit) {
-    const std::string restart = UnitValue(unit, "Restart");
-    if (restart != "always" && restart != "on-failure") {
-        return Bad(path + " does not start the daemon again when its port is lost",
-                   "Restart=on-failure and RestartSec=20 in " + path);
+    // SIGHUP resets the modem and ends with 0, which is no failure.
+    if (UnitValue(unit, "Restart") != "always") {
+        return Bad(path + " does not start the daemon again after every end",
+                   "Restart=always, RestartSec=20 and RestartPreventExitStatus=1 in " + path);
     }
     long long stop = 0;
     const std::string timeout = UnitValue(unit, "TimeoutStopSec");
     if (!timeout.empty() && (!ParseSpan(timeout, stop) || stop < 60)) {
         return Bad(path + " leaves the daemon no time to end: TimeoutStopSec=" + timeout,
-                   "TimeoutStopSec=60 in " + path);
+                   "TimeoutStopSec=75 in " + path);
     }
-    if (UnitValue(unit, "KillMode") != "mixed") {
-        return Bad(path + " ends the DHCP client before it has given its lease back",
-                   "KillMode=mixed in " + path);
+    if (UnitValue(unit, "KillMode") != "process") {
+        return Bad(path + " kills the DHCP client, or a reset of the modem, with the daemon",
+                   "KillMode=process in " + path);
     }
     return Fine(path + " starts it again");
 }
@@ -315,14 +315,14 @@ Finding CheckSupervisor(const Patient& patient) {
     for (const char* const path : {"/etc/init.d/modemd", "/etc/modemd.init"}) {
         const std::string script = patient.tree.Read(path, AnyText).text;
         if (script.empty()) continue;
-        if (Contains(script, "while") || Contains(script, "respawn")) {
-            return Fine(std::string(path) + " starts it again");
+        for (const char* const word : {"modemd-keeper", "respawn", "while"}) {
+            if (Contains(script, word)) return Fine(std::string(path) + " starts it again");
         }
         return Bad(std::string(path) + " starts it once: a lost port ends it for good",
-                   "use packaging/modemd.init, which starts it again");
+                   "use packaging/sysv/modemd, which starts it again");
     }
     return Note("nothing found that starts the daemon again when its port is lost",
-                "install packaging/modemd.init or packaging/modemd.service");
+                "install one of packaging/: see docs/supervision.md");
 }
 
 // A datagram socket takes what its reader has room for; asking whether it would costs the log

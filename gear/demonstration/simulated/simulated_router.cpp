@@ -38,7 +38,7 @@ constexpr char kReceiveFolder[] = "/tmp/sms/recv/";
 
 struct Options {
     std::string card_option;
-    rig::Duration pause = 20s;  // as packaging/modemd.init has it
+    rig::Duration pause = 20s;  // as packaging/libexec/modemd-keeper has it
     std::vector<std::string> files;
 };
 

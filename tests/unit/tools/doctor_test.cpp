@@ -114,14 +114,21 @@ TEST_F(DoctorTest, KnowsAStalePidFile) {
 TEST_F(DoctorTest, JudgesTheSupervisor) {
     EXPECT_EQ(HealthOf("supervisor"), Health::kNote);
     const char* const unit = "/etc/systemd/system/modemd.service";
-    scratch_.Write(unit, "[Service]\nRestart=on-failure\nTimeoutStopSec=60\nKillMode=mixed\n");
+    scratch_.Write(unit, "[Service]\nRestart=always\nTimeoutStopSec=75\nKillMode=process\n");
     EXPECT_EQ(HealthOf("supervisor"), Health::kFine);
-    scratch_.Write(unit, "[Service]\nRestart=on-failure\nTimeoutStopSec=10\nKillMode=mixed\n");
-    EXPECT_THAT(Check("supervisor").mend, HasSubstr("TimeoutStopSec=60"));
-    scratch_.Write(unit, "[Service]\nRestart=on-failure\n");
-    EXPECT_THAT(Check("supervisor").mend, HasSubstr("KillMode=mixed"));
-    scratch_.Write(unit, "[Service]\nKillMode=mixed\n");
-    EXPECT_THAT(Check("supervisor").mend, HasSubstr("Restart=on-failure"));
+    scratch_.Write(unit, "[Service]\nRestart=always\nTimeoutStopSec=10\nKillMode=process\n");
+    EXPECT_THAT(Check("supervisor").mend, HasSubstr("TimeoutStopSec=75"));
+    scratch_.Write(unit, "[Service]\nRestart=always\nKillMode=mixed\n");
+    EXPECT_THAT(Check("supervisor").mend, HasSubstr("KillMode=process"));
+    scratch_.Write(unit, "[Service]\nRestart=on-failure\nKillMode=process\n");
+    EXPECT_THAT(Check("supervisor").mend, HasSubstr("Restart=always"));
+}
+
+TEST_F(DoctorTest, KnowsTheStartScriptThatStartsItAgain) {
+    scratch_.Write("/etc/init.d/modemd", "start-stop-daemon -S -b -x /usr/sbin/modemd\n");
+    EXPECT_EQ(HealthOf("supervisor"), Health::kBad);
+    scratch_.Write("/etc/init.d/modemd", "KEEPER=$LIBEXEC/modemd-keeper\n");
+    EXPECT_EQ(HealthOf("supervisor"), Health::kFine);
 }
 
 TEST_F(DoctorTest, JudgesTheConfiguration) {
