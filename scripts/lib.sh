@@ -48,6 +48,15 @@ need_packages() {
     "${install[@]}" >/dev/null </dev/null
 }
 
+# The supervisors that the tests start besides systemd and busybox, and udev's tool.
+unpack_supervisors() {
+    local into=build/supervisors
+    scripts/unpack --into "$into/sysv" sysvinit-core sysv-rc startpar insserv sysvinit-utils
+    scripts/unpack --into "$into/runit" runit
+    scripts/unpack --into "$into/openrc" openrc libeinfo1 librc1
+    scripts/unpack --into "$into/udev" udev
+}
+
 # build PRESET [CMAKE OPTION...] [-- TARGET...]: configures once, then builds what has changed.
 build() {
     local preset=$1 options=() targets=()

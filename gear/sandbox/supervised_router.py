@@ -3,7 +3,9 @@
 import contextlib
 import os
 import pathlib
+import re
 import shlex
+import signal
 
 from fair_clock import FairClock
 from router_sandbox import BUILD, PATIENCE, PROJECT, Router
@@ -86,9 +88,15 @@ class SupervisedRouter(Router):
         return self.wait_for(lambda: self.daemon() not in ("", other_than) and self.daemon(),
                              "the daemon")
 
+    def has_started_up(self):
+        """Until then the daemon has no handlers: any signal just ends it."""
+        status = self.read(f"/proc/{self.daemon() or 'none'}/status")
+        caught = re.search(r"^SigCgt:\s*([0-9a-f]+)", status, re.MULTILINE)
+        return caught and int(caught[1], 16) & 1 << (signal.SIGTERM - 1) != 0
+
     def wait_for_work(self):
         """The modem has answered this daemon."""
-        self.wait_for(lambda: self.daemon() and self.exists(STATISTICS), "the status file")
+        self.wait_for(lambda: self.has_started_up() and self.exists(STATISTICS), "the start-up")
 
     def wait_for_link(self):
         self.wait_for(self.addresses, "an address")

@@ -10,8 +10,9 @@ from router_sandbox import BUILD, PROJECT
 
 PACKAGING = PROJECT / "packaging"
 DOCUMENT = PROJECT / "docs" / "supervision.md"
-FOLDERS = ("systemd", "udev", "sysv", "default", "libexec", "openwrt/files")
-COMPONENTS = ("systemd", "sysv")
+FOLDERS = ("systemd", "udev", "sysv", "default", "libexec", "openwrt/files", "busybox",
+           "runit", "openrc")
+COMPONENTS = ("systemd", "sysv", "busybox", "runit", "openrc")
 # What the template unit says for itself.
 OF_ITS_OWN = re.compile(r"Description=|After=|BindsTo=|Conflicts=|ExecStart=|Environment=CARD|#|$"
                         r"|\[Install\]|WantedBy=")

@@ -43,6 +43,9 @@ class SystemdRouterLife(unittest.TestCase):
     def test_1_boots_with_a_spool_for_its_group_only(self):
         self.assertEqual(self.router.show("MainPID"), self.router.wait_for_daemon())
         self.assertEqual(self.router.systemctl("--failed", "--no-legend"), "")
+        self.assertEqual(self.router.run(
+            "/usr/bin/sh", "-c", "systemd-analyze verify modemd.service modemd@modem_at.service"
+            " modemd-watch.timer modemd-reset.path 2>&1"), "")
         for directory in ("", "/send", "/recv", "/send_fail"):
             line = self.router.run("/usr/bin/stat", "-c", "%A %U %G", f"/tmp/sms{directory}")
             self.assertEqual(line.strip(), OWN_GROUP_ONLY, directory)

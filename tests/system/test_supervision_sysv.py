@@ -1,0 +1,37 @@
+"""The daemon's start script under SysV init, booted in the sandbox."""
+
+import unittest
+
+from supervised_life import SupervisedLife
+
+
+class SysvLife(SupervisedLife, unittest.TestCase):
+    supervisor = "sysv"
+
+    def start(self):
+        self.router.run("/etc/init.d/modemd", "start")
+
+    def stop(self):
+        self.router.run("/etc/init.d/modemd", "stop")
+        self.assertIn("not running", self.status())
+
+    def status(self):
+        return self.router.run("/etc/init.d/modemd", "status", check=False)
+
+    def has_given_up(self):
+        return "wrong settings, not started again" in self.router.read("/var/log/messages")
+
+    def try_again(self):
+        self.assertIn("to be started again", self.status())
+        self.router.run("/etc/init.d/modemd", "reset-modem")
+
+    def test_7_a_change_of_the_run_level_ends_it_cleanly(self):
+        ends = self.ends()
+        self.assertIn("is running", self.status())
+        self.router.run("/sbin/telinit", "6")
+        self.router.wait_for_log("exit", times=ends + 1)
+        self.router.wait_for(lambda: not self.router.daemon(), "the end")
+
+
+if __name__ == "__main__":
+    unittest.main()
