@@ -1,7 +1,8 @@
 """The life of a daemon that was built for another processor; scripts/cross runs it.
 
-MODEMD_BUILD holds a modem-sim of this machine, and a modemd that runs the daemon in the user-mode
-emulator with its whole memory from GUEST_BASE on, so that the emulator's own can be told from it.
+MODEMD_BUILD holds a modem-sim of this machine, and a modemd that runs the daemon. Where that takes the
+user-mode emulator, the daemon's whole memory lies from GUEST_BASE on, so that the emulator's own can
+be told from it.
 """
 
 import os
@@ -12,7 +13,8 @@ import test_daemon
 from router_sandbox import figure
 
 GUEST_BASE = int(os.environ.get("GUEST_BASE", "0"), 0)
-GUEST_SIZE = 1 << 32
+# A 64-bit guest lies some 340 GiB above its base, and the emulator's own memory above 2^46.
+GUEST_SIZE = 1 << 40
 
 
 class Life(test_daemon.Life):

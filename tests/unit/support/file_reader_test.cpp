@@ -24,7 +24,9 @@ extern "C" int open(const char* path, int flags, ...) {
     va_start(arguments, flags);
     const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
-    const auto fd = static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+    // What every C library adds: without it a 32-bit kernel interface ends files at 2 GiB.
+    const auto fd =
+        static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags | O_LARGEFILE, mode));
     if (const std::function<void()> action = std::move(g_behind_next_open)) {
         g_behind_next_open = nullptr;
         action();
