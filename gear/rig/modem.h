@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "rig/duration.h"
 #include "rig/peer.h"
@@ -33,6 +34,7 @@ class Modem {
     void Say(const std::string& bytes) { port_.Deliver(bytes); }  // raw, now, unasked
     // A function answers in its place: command line to raw bytes, none for silence.
     void Script(ScriptPeer::Script script, Duration delay = kSoon);
+    void Replace(std::unique_ptr<Peer> peer) { peer_ = std::move(peer); }  // by anything else
 
     // Else a command that it does not know fails the test.
     void AllowUnknownCommands() { unknown_allowed_ = true; }

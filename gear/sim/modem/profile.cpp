@@ -107,7 +107,10 @@ class Reader {
         if (depth == kDeepestInclude) Fail("too many includes, one in the other");
         if (name.empty() || name.find('/') != name.npos)
             Fail("include needs the name of a profile");
-        ReadFile(path_.substr(0, path_.rfind('/') + 1) + name + ".profile", depth + 1);
+        // Beside this one, or else one of those that the simulator knows by name.
+        const std::string sibling = path_.substr(0, path_.rfind('/') + 1) + name + ".profile";
+        const std::string known = ProfileDirectory() + "/" + name + ".profile";
+        ReadFile(IsFile(sibling) || !IsFile(known) ? sibling : known, depth + 1);
     }
 
     void AddSetting(const std::string& text) {
