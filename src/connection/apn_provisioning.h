@@ -1,3 +1,4 @@
+// The APN of the configuration, on its way into the modem.
 #pragma once
 
 // Writes the APN of the configuration into PDP context 3 of the LTE cards and drops the data call,

@@ -20,11 +20,12 @@ constexpr unsigned kAnswerWait = 2;      // seconds
 constexpr unsigned kGoodPeriod = 14400;  // seconds
 constexpr unsigned kRetryPeriod = 300;   // seconds
 
+// As the modem tells it, month and day from 1; nothing of it is checked before HasPossibleDate.
 struct TowerTime {
     unsigned year = 0, month = 0, day = 0;
     unsigned hour = 0, minute = 0, second = 0;
-    bool is_valid = false;
-    bool use_utc = false;
+    bool is_valid = false;  // a whole date and time were read
+    bool use_utc = false;   // else the router's local time
 
     bool HasPossibleDate() const { return month <= 12 && day <= 31; }
 };

@@ -1,3 +1,4 @@
+// The router's clocks, set from the time that the network tells the modem.
 #pragma once
 
 // Sets the system and hardware clocks from the network's time, asked of each card in its own way.

@@ -43,9 +43,9 @@ constexpr unsigned kStatusPeriod = 5;              // seconds
 
 // What the loop keeps from one pass to the next.
 struct LoopState {
-    int reopen_retries = 0;  // never reset
-    int last_seen_errors = 0;
-    cCountdownTimer status_timer{0, kStatusPeriod};
+    int reopen_retries = 0;    // never reset
+    int last_seen_errors = 0;  // the error count at the last check, see core/error_checks
+    cCountdownTimer status_timer{0, kStatusPeriod};  // since the files were last published
 };
 
 [[noreturn]] void ResetAndExit() {

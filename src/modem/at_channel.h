@@ -34,11 +34,14 @@ enum ResponseKind : int {
 // say, negative when the read fails.
 int ReadPort(char* buffer, int size);
 
-// Writes a canned command and waits a second; reads nothing.
+// Writes a canned command, an AtCommandType, and waits a second; reads nothing. A write that fails
+// is counted in g_i_PortErrorCounter, and then nothing is waited for.
 void SendCommandType(int type);
 
 // Writes the command, waits, and returns all that came: what was waiting before, then the answer,
-// unstripped. An answer later than `wait_seconds` and some 100 ms is left for the next reader.
+// unstripped, with the modem's echo where it echoes; empty when it was silent. An answer later than
+// `wait_seconds` and some 100 ms is left for the next reader. Of a write that fails, as above, the
+// result is what was waiting before. At most some 640 KiB and half a minute.
 std::string SendAtCommand(const std::string& command, unsigned wait_seconds);
 
 // What was waiting on the port; at a non-zero debug level logged line by line.
@@ -50,7 +53,7 @@ void DiscardWaiting();
 // Replaces what is no printable text by blanks, in place; CR and LF stay.
 void MassageBlock(char* block, int length);
 
-// Tells what the block holds. For a signal or indicator line, `line` is that line, cut at its end:
-// a writable text of at least 64 bytes of room, valid until the next call. An ERROR answer
-// switches the form of the signal query.
+// Tells what the block holds, as a ResponseKind. For a signal or indicator line, `line` is that
+// line, cut at its end: a writable text of at least 64 bytes of room, valid until the next call. An
+// ERROR answer switches the form of the signal query.
 int IdentifyMessage(const char* block, int length, char** line);

@@ -13,7 +13,8 @@ int ExtractAfterNeedle(const std::string& line, std::string_view needle, std::st
 int ExtractAroundNeedles(const std::string& line, std::string_view needle1,
                          std::string_view needle2, std::string& value1, std::string& value2);
 
-// The text behind "+CMS ERROR: ". Returns 1, or 0 with the code untouched.
+// The text behind "+CMS ERROR: " (3GPP 27.005), up to the end of `text`: a number with its line end
+// and whatever follows. Returns 1, or 0 with the code untouched.
 int GetCmsErrorCode(const std::string& text, std::string& code);
 
 // 0, with a warning in the log, when the service text holds "No "; else 1. "Limited Service" and

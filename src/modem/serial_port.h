@@ -6,4 +6,5 @@
 // of the terminal requests are not tested: a device that is no terminal is used as it is.
 int OpenPort();
 
+// Before another OpenPort; also after one that failed, when there is nothing to close.
 void ClosePort();

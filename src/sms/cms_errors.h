@@ -1,3 +1,4 @@
+// Texts for the numbers of +CMS ERROR (3GPP 27.005).
 #pragma once
 
 #include <string>

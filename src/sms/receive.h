@@ -4,11 +4,12 @@
 #include <cstdint>
 #include <string>
 
+// One message of a text mode listing, AT+CMGL (3GPP 27.005).
 struct SmsMessage {
     std::int32_t index = 0;  // not used
-    std::string from;        // the number without quotes and "+"
-    std::string time;        // as the modem prints it: date, "-", time
-    std::string text;        // each line with its newline
+    std::string from;        // <oa>: the number or name without quotes and "+"
+    std::string time;        // <scts> as the modem prints it: date, "-", time with its zone
+    std::string text;        // each line, trimmed, with a newline; in the modem's character set
 };
 
 // At start-up: does the modem take text mode? Only the Sierra 881 is asked.

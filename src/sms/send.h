@@ -7,8 +7,11 @@
 // deleted. Failed: tried again after 30 s; the third failure in a row moves it to send_fail.
 void CheckSendSmS();
 
-// Sends one message, cut at 150 characters. False when the modem showed an error.
+// Sends one message in text mode, AT+CMGS (3GPP 27.005), cut at 150 bytes; number and text go out
+// as they stand. False when the modem answered ERROR to the number or +CMS ERROR to the text; one
+// that says nothing counts as having taken it.
 bool SendSmSMessage(const std::string& to, const std::string& text);
 
-// The message reference behind "+CMGS: " in a reply; the slot is untouched when there is none.
+// The message reference, <mr>, behind "+CMGS: " in a reply. False, with the slot untouched, when
+// there is none.
 bool GetCmsgSlotNum(const std::string& reply, std::string& slot);

@@ -21,10 +21,11 @@ namespace {
 struct RegistrationText {
     const char* full;
     const char* abbreviated;
-    int poll_period;
+    int poll_period;  // seconds
 };
 
-// Indexed by the status number. The lower-case "registered" of row 2 is what the web page shows.
+// Indexed by <stat>; what is above 5 counts as unknown. The lower-case "registered" of row 2 is
+// what the web page shows.
 constexpr RegistrationText kRegistrationTexts[] = {
     {"Not Registered, Not Searching", "Not Reg", kCregSearchingPeriod},
     {"Registered, Home Network", "Reg Home", kCregRegisteredPeriod},
@@ -37,8 +38,8 @@ constexpr int kKnownStatuses = sizeof(kRegistrationTexts) / sizeof(kRegistration
 
 // What a scan does not fill keeps the value of the line before it.
 struct Registration {
-    int mode = 0;
-    int status = 0;
+    int mode = 0;    // <n>: with 2 the answer tells area and cell, too
+    int status = 0;  // <stat>
 };
 
 // The second scan counts again from the start, and its result replaces the first. Deliberate, like

@@ -124,8 +124,8 @@ void QueryRat() {
 
 struct SierraQuery {
     const char* command;
-    const char* label;
-    bool shortens_hspa;
+    const char* label;   // of the line that tells the service
+    bool shortens_hspa;  // "HSDPA/HSUPA" is kept as "HSPA"
 };
 
 constexpr SierraQuery kSierraQueries[] = {

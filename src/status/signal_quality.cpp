@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr std::size_t kConvertedLine = 32;
+constexpr std::size_t kConvertedLine = 32;  // characters of room for a line made from indicators
 
 // The CSQ value for each signal indicator. Indicator 0 counts as unknown, not as the weakest
 // signal.

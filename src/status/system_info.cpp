@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr unsigned kSysinfoFields = 5;
+constexpr unsigned kSysinfoFields = 5;  // service, domain, roaming, system mode, SIM
 
 constexpr CodeText kServiceStatuses[] = {{0, "No Service"},
                                          {1, "Limited Service"},

@@ -30,6 +30,7 @@ class cCountdownTimer {
     const char* FormatElapsed();
 
   private:
+    // Since 1970. 32 bits wrap in 2038, and a difference of two of them does not mind.
     struct WallTime {
         std::int32_t seconds = 0;
         std::int32_t milliseconds = 0;
@@ -39,8 +40,8 @@ class cCountdownTimer {
 
     std::uint32_t period_ = 0;  // milliseconds
     char text_[80] = {};
-    WallTime start_;
-    WallTime now_;
+    WallTime start_;  // of the last Start()
+    WallTime now_;    // of the last test
     bool running_ = false;
     std::uint32_t unit_ = 1000;  // milliseconds in one count: 1000 or 1
 };

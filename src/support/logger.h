@@ -10,16 +10,17 @@ std::string IntToString(std::int32_t value);
 
 class cKVTLogger {
   public:
-    // A limit below 50 kilobytes becomes 50. A null time format is "%m/%d %H:%M:%S". Opens the
-    // file; returns true whether or not that worked, as LogIt tries again.
+    // A limit below 50 kilobytes becomes 50. With time_stamps other than 0 every line begins with
+    // the local time; a null time format, for strftime, is "%m/%d %H:%M:%S". Opens the file;
+    // returns true whether or not that worked, as LogIt tries again.
     bool Init(const std::string& path, std::int32_t max_kilobytes, std::int32_t time_stamps,
               const char* time_format);
 
     // Governs the diagnostics about the log file itself, which go to the system log: level 2 tells
     // failures and rotations, level 3 every size check.
     void SetDebugLevel(std::int32_t level);
-    void SetSyslogMirror(std::uint8_t flag);
-    void SetFoldRepeats(std::uint8_t flag);
+    void SetSyslogMirror(std::uint8_t flag);  // not 0: every line goes to the system log, too
+    void SetFoldRepeats(std::uint8_t flag);   // not 0: a line that repeats is counted, not written
     // The next line is written without its time stamp.
     void SkipNextTimestamp() { skip_next_stamp_ = true; }
 
@@ -42,13 +43,13 @@ class cKVTLogger {
 
     std::int32_t max_kilobytes_ = 50;
     std::string path_;
-    std::int32_t fd_ = -1;
+    std::int32_t fd_ = -1;  // below 0: not open
     std::int32_t time_stamps_ = 0;
     std::int32_t debug_level_ = 0;
-    std::string last_line_;
+    std::string last_line_;  // what a repeat is compared with
     std::uint8_t fold_repeats_ = 0;
     std::uint8_t syslog_mirror_ = 0;
     std::string time_format_;
-    std::uint32_t repeat_count_ = 0;
+    std::uint32_t repeat_count_ = 0;  // swallowed since last_line_ was written
     bool skip_next_stamp_ = false;
 };
