@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/time.h>
 #include <syslog.h>
 #include <unistd.h>
@@ -55,8 +56,26 @@ void ServeModem() {
     }
 }
 
+// The lengths that the schedule has; which of them a room may use where, its own tests tell.
+void ExpectPauseOfTheSchedule(std::int64_t microseconds) {
+    const bool seconds = microseconds % 1000000 == 0;
+    const bool piece = microseconds == 20000 || microseconds == 50000 || microseconds == 200000 ||
+                       microseconds == 500000;
+    EXPECT_TRUE(seconds || piece) << "a needless pause of " << microseconds << " microseconds";
+}
+
+// More than any test has open at once.
+constexpr int kMostDescriptors = 128;
+
+int OpenDescriptors() {
+    int count = 0;
+    for (int fd = 0; fd < kMostDescriptors; ++fd) count += fcntl(fd, F_GETFD) != -1 ? 1 : 0;
+    return count;
+}
+
 void Advance(std::int64_t microseconds) {
     if (g_world == nullptr) return;
+    ExpectPauseOfTheSchedule(microseconds);
     ServeModem();
     g_world->now_us += microseconds;
     g_world->slept_us += microseconds;
@@ -107,6 +126,11 @@ int system(const char* command) {
     g_world->shell.emplace_back(command);
     const auto status = g_world->shell_status.find(command);
     return status != g_world->shell_status.end() ? status->second : 0;
+}
+
+ssize_t write(int fd, const void* data, size_t size) {
+    const std::size_t most = g_world != nullptr ? g_world->longest_write : 0;
+    return syscall(SYS_write, fd, data, most > 0 ? std::min(size, most) : size);
 }
 
 time_t time(time_t* result) LIBC_NOEXCEPT {
@@ -167,7 +191,7 @@ void World::Waiting(const std::string& bytes) {
     static_cast<void>(ignored);
 }
 
-DaemonTest::DaemonTest() {
+DaemonTest::DaemonTest() : open_before_(OpenDescriptors()) {
     setenv("TZ", "UTC", 1);
     tzset();
     folder_ = machine::MakeOwnFolder();
@@ -217,6 +241,7 @@ DaemonTest::~DaemonTest() {
     }
     g_world = nullptr;
     std::filesystem::remove_all(folder_);
+    EXPECT_EQ(OpenDescriptors() - open_before_, kept_descriptors_) << "left open";
 }
 
 std::string DaemonTest::WriteTemp(const std::string& name, const std::string& text) {

@@ -2,6 +2,7 @@
 // and the clock are caught at link time, and a scripted modem answers on a socket pair.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -19,6 +20,7 @@ struct World {
     std::vector<std::string> heard;              // what the modem heard: one entry for each write
     std::map<std::string, std::string> answers;  // command -> raw bytes the modem sends back
     std::function<void(std::int64_t)> on_sleep;  // called with the new time after every sleep
+    std::size_t longest_write = 0;               // bytes that one write() takes; 0 for all
     std::int64_t now_us = 1773479700000000;      // 2026-03-14 09:15:00 UTC
     std::int64_t slept_us = 0;                   // total of all sleeps
 

@@ -20,9 +20,14 @@ class DaemonTest : public ::testing::Test {
     // Makes the port fail: every write, FIONREAD and read from now on.
     static void BreakPort();
 
+    // Descriptors that the room keeps for the life of the process.
+    void ExpectKeptDescriptors(int count) { kept_descriptors_ = count; }
+
     World world;
 
   private:
+    const int open_before_;
+    int kept_descriptors_ = 0;
     std::string folder_;
     int modem_end_ = -1;
 };

@@ -91,12 +91,14 @@ TEST_F(SingleInstance, NobodyRunsUnderTheIdOfAnEndedProcess) {
 }
 
 TEST_F(SingleInstance, WritesTheOwnIdWithoutALineEnd) {
+    ExpectKeptDescriptors(1);  // the lock
     EnforceSingleInstance(pid_file_, OwnName());
     EXPECT_EQ(ReadAll(pid_file_), own_pid_);
     EXPECT_EQ(world.log, (std::vector<std::string>{written_}));
 }
 
 TEST_F(SingleInstance, OverwritesAStalePidFile) {
+    ExpectKeptDescriptors(4);  // a lock each time
     for (const std::string& stale : {std::to_string(DeadPid()), std::string("1234567890 rubbish"),
                                      std::string("0"), std::string()}) {
         SCOPED_TRACE(stale);
@@ -111,12 +113,14 @@ TEST_F(SingleInstance, OverwritesAStalePidFile) {
 
 // A container gives out the same few ids at every start.
 TEST_F(SingleInstance, TheOwnIdIsNoOtherCopy) {
+    ExpectKeptDescriptors(1);  // the lock
     WriteTemp("modemd.pid", own_pid_);
     EnforceSingleInstance(pid_file_, OwnName());
     EXPECT_EQ(world.log, (std::vector<std::string>{written_}));
 }
 
 TEST_F(SingleInstance, OverwritesThePidFileOfAnotherProgram) {
+    ExpectKeptDescriptors(1);  // the lock
     WriteTemp("modemd.pid", own_pid_);
     EnforceSingleInstance(pid_file_, "some-other-daemon");
     EXPECT_EQ(world.log, (std::vector<std::string>{written_}));

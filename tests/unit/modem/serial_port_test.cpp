@@ -100,6 +100,24 @@ TEST_F(SerialPort, SetsEightDataBitsNoParityOneStopBit) {
     EXPECT_EQ(control & HUPCL, static_cast<tcflag_t>(HUPCL));
 }
 
+TEST_F(SerialPort, ALineThatHasNoneOfItGetsAllThatItNeeds) {
+    termios line = Settings();
+    line.c_iflag = line.c_oflag = line.c_lflag = 0;
+    line.c_cflag = B9600 | CS5 | CSTOPB;
+    line.c_cc[VMIN] = line.c_cc[VTIME] = 9;
+    tcsetattr(slave_, TCSANOW, &line);
+    UsePath(path_);
+    OpenPort();
+    line = Settings();
+    EXPECT_EQ(line.c_iflag, static_cast<tcflag_t>(IGNBRK));
+    EXPECT_EQ(line.c_oflag, 0U);
+    EXPECT_EQ(line.c_lflag, 0U);
+    EXPECT_EQ(line.c_cflag & ~static_cast<tcflag_t>(CBAUD),
+              static_cast<tcflag_t>(CS8 | CREAD | CLOCAL));
+    EXPECT_EQ(line.c_cc[VMIN], 0);
+    EXPECT_EQ(line.c_cc[VTIME], 0);
+}
+
 // Guards oddity no-line-speed.
 TEST_F(SerialPort, OnlyTheMc75iGetsASpeed) {
     struct Row {

@@ -53,7 +53,7 @@ TEST_F(LoggerDiagnostics, LevelTwoTellsOpensAndRotations) {
 }
 
 TEST_F(LoggerDiagnostics, LevelTwoTellsAnOpenThatFails) {
-    logger_.Init(Folder() + "/none/csq", 50, 0, nullptr);
+    Init(Folder() + "/none/csq", 50, 0, nullptr);
     logger_.SetDebugLevel(2);
     world.log.clear();
     EXPECT_FALSE(logger_.OpenLogFile());
@@ -129,7 +129,7 @@ TEST_F(LoggerDiagnostics, BelowLevelTwoItKeepsItsTroublesToItself) {
 
 // /dev/full opens like any file and refuses every write.
 TEST_F(LoggerDiagnostics, AFailedWriteIsReported) {
-    logger_.Init("/dev/full", 50, 0, nullptr);
+    Init("/dev/full", 50, 0, nullptr);
     EXPECT_FALSE(Line("a"));
     EXPECT_TRUE(world.log.empty());
     logger_.SetDebugLevel(2);

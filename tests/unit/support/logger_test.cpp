@@ -32,16 +32,16 @@ TEST_F(Logger, WritesNoStampWithoutTheFlag) {
 }
 
 TEST_F(Logger, TakesATimeFormatOfItsOwn) {
-    logger_.Init(path_, 50, 1, "%H.%M");
+    Init(path_, 50, 1, "%H.%M");
     Line("hello");
     EXPECT_EQ(Written(), "04.05: hello\n");
 }
 
 TEST_F(Logger, AStampOfMoreThan22CharactersIsEmpty) {
-    logger_.Init(path_, 50, 1, "%Y-%m-%d %H:%M:%S abc");  // 23 characters
+    Init(path_, 50, 1, "%Y-%m-%d %H:%M:%S abc");  // 23 characters
     Line("hello");
     EXPECT_EQ(Written(), ": hello\n");
-    logger_.Init(path_, 50, 1, "%Y-%m-%d %H:%M:%S ab");  // 22 characters
+    Init(path_, 50, 1, "%Y-%m-%d %H:%M:%S ab");  // 22 characters
     Line("hello");
     EXPECT_EQ(Written(), ": hello\n2026-03-03 04:05:06 ab: hello\n");
 }
@@ -180,7 +180,7 @@ TEST_F(Logger, RotatesAtExactlyTheLimit) {
 TEST_F(Logger, ALimitBelowFiftyKilobytesBecomesFifty) {
     for (const std::int32_t limit : {10, 0, -1}) {
         SCOPED_TRACE(limit);
-        logger_.Init(path_, limit, 0, nullptr);
+        Init(path_, limit, 0, nullptr);
         Resize(51200 - 2);
         Line("");
         EXPECT_EQ(std::filesystem::file_size(path_), 51199u);
@@ -190,7 +190,7 @@ TEST_F(Logger, ALimitBelowFiftyKilobytesBecomesFifty) {
 }
 
 TEST_F(Logger, AHigherLimitCounts) {
-    logger_.Init(path_, 51, 0, nullptr);
+    Init(path_, 51, 0, nullptr);
     Resize(51200);
     Line("x");
     EXPECT_FALSE(Exists(".1"));
@@ -233,7 +233,7 @@ TEST_F(Logger, ReopensAfterAClose) {
 }
 
 TEST_F(Logger, InitReportsSuccessEvenWhenTheFileCannotBeOpened) {
-    EXPECT_TRUE(logger_.Init(Folder() + "/none/csq", 50, 1, nullptr));
+    EXPECT_TRUE(Init(Folder() + "/none/csq", 50, 1, nullptr));
     EXPECT_FALSE(logger_.OpenLogFile());
     EXPECT_FALSE(Line("a"));
     EXPECT_TRUE(world.log.empty());

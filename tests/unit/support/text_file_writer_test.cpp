@@ -100,6 +100,31 @@ TEST_F(TextFileWriter, AFullFileSystemIsNotReported) {
     EXPECT_TRUE(file.WriteFile());
 }
 
+TEST_F(TextFileWriter, WhatTheSystemTakesInPiecesIsWrittenWhole) {
+    world.longest_write = 3;
+    cTextFileWriter file(path_);
+    file.AddLine("one");
+    file.AddLine("and two");
+    EXPECT_TRUE(file.WriteFile());
+    EXPECT_EQ(ReadAll(path_), "one\nand two\n");
+}
+
+// With the mask of the daemon, everybody may read and nobody else write.
+TEST_F(TextFileWriter, IsMadeForAllToRead) {
+    const mode_t mask = umask(022);
+    const std::string below_tmp = "/tmp/" + std::filesystem::path(Folder()).filename().string();
+    for (const std::string& path : {path_, below_tmp}) {
+        cTextFileWriter file(path);
+        file.AddLine("a");
+        EXPECT_TRUE(file.WriteFile());
+        struct stat status = {};
+        ASSERT_EQ(stat(path.c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777U, 0644U) << path;
+    }
+    unlink(below_tmp.c_str());
+    umask(mask);
+}
+
 // A display that holds the file open goes on seeing what is written.
 TEST_F(TextFileWriter, KeepsTheSameFileForLife) {
     WriteTemp("status", "old, and longer");

@@ -123,6 +123,15 @@ TEST_F(LocalTimeTest, PrintsTheWallClockInTheLocalZone) {
     EXPECT_EQ(LocalTime("%Y-%m-%d %H:%M:%S"), "2026-03-14 09:15:00");
 }
 
+TEST_F(LocalTimeTest, FollowsTheZoneOfTheRouter) {
+    setenv("TZ", "EST5EDT,M3.2.0,M11.1.0", 1);
+    tzset();
+    EXPECT_EQ(LocalTime("%Y-%m-%d %H:%M:%S"), "2026-03-14 05:15:00");
+    setenv("TZ", "NPT-5:45", 1);
+    tzset();
+    EXPECT_EQ(LocalTime("%Y-%m-%d %H:%M:%S"), "2026-03-14 15:00:00");
+}
+
 TEST_F(LocalTimeTest, IsEmptyWhenTheRoomIsTooSmall) {
     EXPECT_EQ(LocalTime("%H:%M:%S", 9), "09:15:00");
     EXPECT_EQ(LocalTime("%H:%M:%S", 8), "");
