@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "rig/manners.h"
 #include "rig/private_root.h"
 #include "rig/program.h"
 
@@ -95,6 +96,16 @@ void Daemon::TakeTrouble(const DaemonTrouble& trouble) {
     if (expected) return;
     crashed_ = true;
     ADD_FAILURE() << trouble.what() << "\n" << process_.ErrorOutput();
+}
+
+void Daemon::ExpectManners() const {
+    if (program_ != DaemonProgram()) return;
+    for (const std::string& fault : NeedlessPauses(memory_)) ADD_FAILURE() << "pause: " << fault;
+    for (const std::string& fault : WrongModes()) ADD_FAILURE() << fault;
+    if (!Running() || memory_.request != Request::kSleep) return;
+    for (const std::string& fault : LeakedDescriptors(process_.Id())) {
+        ADD_FAILURE() << "left open: " << fault;
+    }
 }
 
 void Daemon::ExpectGoodEnd() {

@@ -52,6 +52,7 @@ class Daemon {
     // Until its next request. Trouble fails the test, and then it no longer runs.
     void Resume();
     void TakeTrouble(const DaemonTrouble& trouble);
+    void ExpectManners() const;  // before it is stopped, see manners.h
     void ExpectGoodEnd();
 
     DaemonProcess process_;

@@ -46,6 +46,7 @@ class DaemonProcess {
     void SetPatience(std::chrono::seconds patience) { patience_ = patience; }
 
     bool Running() const { return process_ > 0; }
+    pid_t Id() const { return process_; }  // the kernel's, not the one that the daemon sees
     // The status that waitpid gave.
     int WaitStatus() const { return wait_status_; }
 

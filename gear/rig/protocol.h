@@ -71,6 +71,25 @@ struct Fault {
     std::int32_t times;
 };
 
+// What the program did last before it slept. Log lines and looks at the clock do not count.
+enum class Deed : std::uint32_t {
+    kPortWrite,  // wrote to the port, or tried to
+    kPortRead,   // took bytes from the port
+    kPortLook,   // asked for the bytes that wait there, and left them
+    kSleep,      // slept, without anything between
+    kShell,      // ran a command line
+    kOther       // anything else: a file, a socket
+};
+
+// Sleeps of one length for one cause.
+struct Pause {
+    Deed after;
+    std::int32_t reserved;
+    Micros before;  // the length of the sleep that came right before; 0 where there was none
+    Micros length;
+    std::uint64_t count;
+};
+
 struct PathFault {
     char path[512];  // open, fopen and opendir of this very path fail
     std::int32_t error;
@@ -81,6 +100,7 @@ constexpr std::size_t kReceiveSize = 16U << 20;
 constexpr std::size_t kTextSize = 1U << 20;
 constexpr std::size_t kMostSignals = 16;
 constexpr std::size_t kMostPaths = 32;
+constexpr std::size_t kMostPauses = 256;
 
 struct Shared {
     std::atomic<Turn> turn;
@@ -128,6 +148,12 @@ struct Shared {
     Fault socket_fault;
     std::uint32_t path_fault_count;
     PathFault path_faults[kMostPaths];
+
+    // Every kind of pause that was made.
+    Deed deed;
+    std::uint32_t pause_count;
+    Micros last_pause;
+    Pause pauses[kMostPauses];
 
     // The journal.
     std::int32_t eager;           // hand the turn over after each record

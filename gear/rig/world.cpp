@@ -42,6 +42,7 @@ World::World(const std::vector<std::string>& arguments)
 }
 
 World::~World() {
+    if (started_) daemon.ExpectManners();
     Stop();
     if (started_) {
         daemon.ExpectGoodEnd();

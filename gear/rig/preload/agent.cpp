@@ -44,6 +44,23 @@ void RaiseSignals() {
     }
 }
 
+void CountPause(Deed after, Micros before, Micros length) {
+    for (std::uint32_t i = 0; i < shared->pause_count; ++i) {
+        Pause& pause = shared->pauses[i];
+        if (pause.after != after || pause.before != before || pause.length != length) continue;
+        ++pause.count;
+        return;
+    }
+    if (shared->pause_count == kMostPauses) return;
+    shared->pauses[shared->pause_count++] = {after, 0, before, length, 1};
+}
+
+void NotePause(Micros length) {
+    CountPause(shared->deed, shared->deed == Deed::kSleep ? shared->last_pause : 0, length);
+    shared->deed = Deed::kSleep;
+    shared->last_pause = length;
+}
+
 __attribute__((constructor)) void Connect() {
     const char* descriptor = std::getenv(kSharedFdVariable);
     if (descriptor == nullptr) return;
@@ -68,6 +85,16 @@ __attribute__((destructor)) void Disconnect() {
 }  // namespace
 
 bool Enter() {
+    if (!EnterBeside()) return false;
+    shared->deed = Deed::kOther;
+    return true;
+}
+
+void NoteDeed(Deed deed) {
+    shared->deed = deed;
+}
+
+bool EnterBeside() {
     if (shared == nullptr) return false;
     ++shared->calls;
     if (shared->calls == shared->signal_at_call) {
@@ -140,6 +167,7 @@ std::int64_t WallClock() {
 
 Micros Pass(Micros duration) {
     Journal(Kind::kSleep, duration / 1000);
+    NotePause(duration);
     const Micros until = shared->now + duration;
     if (!g_answerable_pending && until < shared->horizon) {
         shared->now = until;

@@ -25,6 +25,12 @@ extern Shared* shared;
 // that a scenario wants before it.
 bool Enter();
 
+// Hooks of what is no cause of a pause begin with this instead: log lines, looks at the clock.
+bool EnterBeside();
+
+// A hook tells what it did, where that is more than "something".
+void NoteDeed(Deed deed);
+
 // Hands the turn to the scenario and waits for it to come back. Raises the signals that it brings;
 // does not return when the scenario ends the program. errno is kept.
 void Yield(Request request);

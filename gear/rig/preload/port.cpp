@@ -36,6 +36,7 @@ unsigned long Waiting() {
 
 int CountWaiting(int* count) {
     SyncWithModem();
+    NoteDeed(Deed::kPortLook);
     if (shared->unplugged != 0) return Fail(EIO);
     if (const int error = TakeFault(shared->waiting_fault)) return Fail(error);
     *count = static_cast<int>(Waiting());
@@ -60,6 +61,7 @@ void ClosePortFile() {
 }
 
 long WritePort(const void* data, unsigned long size) {
+    NoteDeed(Deed::kPortWrite);
     int error = shared->unplugged != 0 ? EIO : TakeFault(shared->write_fault);
     if (error != 0) {
         Journal(Kind::kWriteFailed, error, data, size);
@@ -72,6 +74,7 @@ long WritePort(const void* data, unsigned long size) {
 
 long ReadPortBytes(void* buffer, unsigned long size) {
     SyncWithModem();
+    NoteDeed(Deed::kPortRead);
     if (shared->unplugged != 0) return 0;  // a terminal that was hung up is at its end
     if (const int error = TakeFault(shared->read_fault)) return Fail(error);
     const unsigned long count = size < Waiting() ? size : Waiting();

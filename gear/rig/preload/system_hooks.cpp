@@ -32,15 +32,15 @@ void LogLine(int priority, const char* format, va_list arguments) {
 extern "C" {
 
 void openlog(const char* name, int options, int facility) {
-    if (!agent::Enter()) RIG_REAL(openlog)(name, options, facility);
+    if (!agent::EnterBeside()) RIG_REAL(openlog)(name, options, facility);
 }
 
 void closelog() {
-    if (!agent::Enter()) RIG_REAL(closelog)();
+    if (!agent::EnterBeside()) RIG_REAL(closelog)();
 }
 
 void vsyslog(int priority, const char* format, va_list arguments) {
-    if (!agent::Enter()) return;
+    if (!agent::EnterBeside()) return;
     LogLine(priority, format, arguments);
 }
 
@@ -66,6 +66,7 @@ int system(const char* command) {
     if (!agent::Enter()) return RIG_REAL(system)(command);
     if (command == nullptr) return 1;
     agent::Ask(Request::kSystem, command);
+    agent::NoteDeed(Deed::kShell);
     if (agent::shared->error != 0) errno = agent::shared->error;
     return agent::shared->result;
 }

@@ -39,23 +39,23 @@ int Sleep(const timespec& duration, timespec* left) {
 extern "C" {
 
 unsigned sleep(unsigned seconds) {
-    if (!agent::Enter()) return RIG_REAL(sleep)(seconds);
+    if (!agent::EnterBeside()) return RIG_REAL(sleep)(seconds);
     return static_cast<unsigned>(agent::Pass(seconds * kSecond) / kSecond);
 }
 
 int usleep(useconds_t micros) {
-    if (!agent::Enter()) return RIG_REAL(usleep)(micros);
+    if (!agent::EnterBeside()) return RIG_REAL(usleep)(micros);
     return Sleep(ToTimespec(micros), nullptr);
 }
 
 int nanosleep(const timespec* duration, timespec* left) {
-    if (!agent::Enter()) return RIG_REAL(nanosleep)(duration, left);
+    if (!agent::EnterBeside()) return RIG_REAL(nanosleep)(duration, left);
     return Sleep(*duration, left);
 }
 
 // Returns the error instead of setting errno.
 int clock_nanosleep(clockid_t clock, int flags, const timespec* time, timespec* left) {
-    if (!agent::Enter()) return RIG_REAL(clock_nanosleep)(clock, flags, time, left);
+    if (!agent::EnterBeside()) return RIG_REAL(clock_nanosleep)(clock, flags, time, left);
     timespec duration = *time;
     if ((flags & TIMER_ABSTIME) != 0) {
         const Micros now = IsWallClock(clock) ? agent::WallClock() : agent::shared->now;
@@ -69,7 +69,7 @@ int clock_nanosleep(clockid_t clock, int flags, const timespec* time, timespec* 
 }
 
 time_t time(time_t* result) noexcept {
-    if (!agent::Enter()) return RIG_REAL(time)(result);
+    if (!agent::EnterBeside()) return RIG_REAL(time)(result);
     ++agent::shared->clock_reads;
     const auto now = static_cast<time_t>(agent::WallClock() / kSecond);
     if (result != nullptr) *result = now;
@@ -77,7 +77,7 @@ time_t time(time_t* result) noexcept {
 }
 
 int gettimeofday(timeval* now, void* zone) noexcept {
-    if (!agent::Enter()) return RIG_REAL(gettimeofday)(now, zone);
+    if (!agent::EnterBeside()) return RIG_REAL(gettimeofday)(now, zone);
     ++agent::shared->clock_reads;
     const Micros wall = agent::WallClock();
     *now = {static_cast<time_t>(wall / kSecond), static_cast<suseconds_t>(wall % kSecond)};
@@ -85,14 +85,14 @@ int gettimeofday(timeval* now, void* zone) noexcept {
 }
 
 int clock_gettime(clockid_t clock, timespec* now) noexcept {
-    if (IsProcessClock(clock) || !agent::Enter()) return RIG_REAL(clock_gettime)(clock, now);
+    if (IsProcessClock(clock) || !agent::EnterBeside()) return RIG_REAL(clock_gettime)(clock, now);
     ++agent::shared->clock_reads;
     *now = ToTimespec(IsWallClock(clock) ? agent::WallClock() : agent::shared->now);
     return 0;
 }
 
 pid_t getpid() noexcept {
-    if (!agent::Enter()) return RIG_REAL(getpid)();
+    if (!agent::EnterBeside()) return RIG_REAL(getpid)();
     return agent::shared->process_id;
 }
 

@@ -108,6 +108,21 @@ TEST(Port, IsMadeRawAndGetsASpeedOnTheMc75iOnly) {
     }
 }
 
+TEST(Port, ALineWithoutASingleFlagGetsAllThatItNeeds) {
+    World world("-881");
+    world.port.Settings() = {};
+    world.port.Settings().c_cc[VMIN] = world.port.Settings().c_cc[VTIME] = 9;
+    world.Start();
+    world.RunFor(1s);
+    const termio now = world.port.Settings();
+    EXPECT_EQ(now.c_iflag, IGNBRK);
+    EXPECT_EQ(now.c_oflag, 0);
+    EXPECT_EQ(now.c_lflag, 0);
+    EXPECT_EQ(now.c_cflag, CLOCAL | CREAD | CS8);
+    EXPECT_EQ(now.c_cc[VMIN], 0);
+    EXPECT_EQ(now.c_cc[VTIME], 0);
+}
+
 TEST(Port, IsNotTriedAgainOnceItIsOpen) {
     World world;
     world.Start();
