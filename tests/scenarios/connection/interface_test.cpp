@@ -75,19 +75,6 @@ TEST(DisabledInterface, NeverStartsTheClientNotEvenForNewService) {
     EXPECT_EQ(world.trace.ShellTimes(kStartLine).size(), 0U);
 }
 
-TEST(DisabledInterface, BringsDownACallThatSomebodyElseStarted) {
-    World world("-E362");
-    Carrier carrier(world);
-    world.files.Write(kPppFile, "CM_ENABLE_INTERFACE=no\n");
-    world.Start();
-    world.RunFor(2min);
-    world.modem.Control("call up");
-    world.router.SetAddress("10.64.0.2");
-    ASSERT_TRUE(world.RunUntilLog(kDisabledLine, 30s));
-    world.RunFor(30s);
-    EXPECT_EQ(world.trace.CommandTimes(kDisconnectCommand).size(), 1U);
-}
-
 TEST(DisabledInterface, EnabledAgainRestartsTheCall) {
     World world("-E362");
     Carrier carrier(world);
@@ -154,42 +141,6 @@ TEST(Apn, ThatChangesDropsTheCallWhichComesBack) {
     EXPECT_EQ(world.modem.Sim().GetState().contexts.at(3).apn, "second.test");
     EXPECT_EQ(world.trace.CountLog(kRestarting), 1U);
     EXPECT_EQ(world.trace.CommandTimes(kConnectCommand).size(), 1U);
-}
-
-TEST(Apn, IsWrittenAgainWhenTheFileIsWrittenAgain) {
-    World world("-E362");
-    Carrier carrier(world);
-    world.files.Write(kPppFile, "CM_APN=same.test\n");
-    world.Start();
-    world.RunFor(5min);
-    world.files.Write(kPppFile, "CM_APN=same.test\n");
-    world.RunFor(5min);
-    world.files.Write(kPppFile, "CM_DEFAULTROUTE=yes\n");  // The APN of before is in force.
-    world.RunFor(5min);
-    EXPECT_EQ(world.trace.CountLog("Setting Context 3 APN to 'same.test'"), 3U);
-}
-
-TEST(Apn, ThatIsBadIsNotWritten) {
-    World world("-E362");
-    Carrier carrier(world);
-    world.files.Write(kPppFile, "CM_APN=internet#1\n");
-    world.Start();
-    world.RunFor(5min);
-    world.trace.ExpectNoLog("Setting Context 3");
-    EXPECT_TRUE(world.trace.CommandsMatching("AT+NWAPNE").empty());
-}
-
-TEST(Apn, NeverReachesAnotherCard) {
-    for (const char* card : {"-881", "-USB305", "-mc75i", ""}) {
-        SCOPED_TRACE(card);
-        World world(card);
-        world.files.Write(kPppFile, "CM_APN=internet.test\n");
-        world.Start();
-        world.RunFor(2min);
-        EXPECT_TRUE(world.trace.CommandsMatching("AT+NWAPNE").empty());
-        EXPECT_TRUE(world.trace.CommandsMatching("AT$NWQMI").empty());
-        EXPECT_TRUE(world.trace.CommandsMatching("AT+CGDCONT=").empty());
-    }
 }
 
 TEST(Service, ThatIsGoneStopsTheChecksAndThenTheCall) {

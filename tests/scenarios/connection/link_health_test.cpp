@@ -105,21 +105,4 @@ TEST(LinkHealth, CountsAMissingCounterAsAFailureWithoutAWord) {
     EXPECT_EQ(world.trace.CountLog(kStuck), 0U);
 }
 
-TEST(LinkHealth, DoesNotCareHowThePingWent) {
-    World world("-E362");
-    Carrier carrier(world);
-    world.router.SetShellStatus("ping", 1);
-    world.Start();
-    world.RunFor(1h);
-    EXPECT_EQ(world.trace.CountLog(kStuck), 0U);
-    EXPECT_EQ(world.trace.CountLog(kRestarting), 1U);
-}
-
-TEST(LinkHealth, OfOtherCardsIsNobodysConcern) {
-    World world("-881");
-    world.Start();
-    world.RunFor(1h);
-    EXPECT_EQ(Pings(world).size(), 0U);
-}
-
 }  // namespace

@@ -66,18 +66,6 @@ TEST(LteLink, ComesUpAfterAColdStartAndThenStays) {
     EXPECT_TRUE(Files::Exists(kDialing));
 }
 
-TEST(LteLink, OfTheE371ComesUpTheSameWay) {
-    World world("-E371");
-    Carrier carrier(world);
-    world.Start();
-    world.RunFor(2min);
-    const Lines restart = Restart("Unknown", "Unknown", "Unknown");
-    EXPECT_EQ(From(ConnectionStory(world), std::string("modem: ") + kStatusCommand, restart.size()),
-              restart);
-    world.RunFor(58min);
-    EXPECT_EQ(world.trace.CountLog(kRestarting), 1U);
-}
-
 TEST(LteLink, PausesAsLongAsTheModemNeeds) {
     World world("-E362");
     Carrier carrier(world);
@@ -96,22 +84,6 @@ TEST(LteLink, PausesAsLongAsTheModemNeeds) {
     // The writer's own 1.04 s stand between each two, plus 5 s and 2 s.
     EXPECT_EQ(connect[0] - disconnect[0], 6040ms);
     EXPECT_EQ(start[0] - connect[0], 3020ms);
-}
-
-TEST(LteLink, IsCheckedEveryThirtySeconds) {
-    World world("-E362");
-    Carrier carrier(world);
-    world.Start();
-    world.RunFor(5min);
-    world.trace.Clear();
-    world.RunFor(1h);
-    const auto checks = world.trace.CommandTimes(kStatusCommand);
-    ASSERT_GT(checks.size(), 60U);
-    for (std::size_t i = 1; i < checks.size(); ++i) {
-        // The timer starts when the check is done, 5 s after its question.
-        EXPECT_GE(checks[i] - checks[i - 1], 35s);
-        EXPECT_LE(checks[i] - checks[i - 1], 60s);
-    }
 }
 
 TEST(LteLink, ThatTheCarrierDropsIsRestartedWithANewLease) {

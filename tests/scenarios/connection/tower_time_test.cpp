@@ -43,14 +43,6 @@ TEST(TowerTime, OfTheE362SetsTheClockOnTheFirstAnsweredPass) {
     EXPECT_EQ(world.trace.CountLog("Syncing system time to 05:07:09 03/04/2026 (LOCAL)"), 1U);
 }
 
-TEST(TowerTime, OfTheE371SetsTheClockToLocalTime) {
-    World world("-E371");
-    world.modem.Answer("AT$CCLK?", Line("$CCLK: \"26/03/04,05:07:09-20\""));
-    world.Start();
-    world.RunFor(1min);
-    EXPECT_EQ(DateLines(world), Lines{SetLocal("5:7:9 3/4/2026")});
-}
-
 TEST(TowerTime, OfThe881SetsTheClockToUtc) {
     World world("-881");
     world.modem.Answer("AT+CCLK?", Line("+CCLK: \"26/03/04,05:07:09+00\""));
@@ -60,16 +52,6 @@ TEST(TowerTime, OfThe881SetsTheClockToUtc) {
     world.trace.ExpectLogInOrder(
         {"Using UTC switch when setting date", "Syncing system time to 05:07:09 03/04/2026 (UTC)"});
     EXPECT_TRUE(world.trace.CommandsMatching("at!time").empty());
-}
-
-TEST(TowerTime, OfThe881FallsBackToTheClockOfTheModem) {
-    World world("-881");
-    world.modem.Answer("AT+CCLK?", "\r\nERROR\r\n");
-    world.modem.Answer("at!time?", Line("!TIME:\r\n2026/03/04\r\n05:07:09 (local)"));
-    world.Start();
-    world.RunFor(1min);
-    EXPECT_EQ(DateLines(world), Lines{SetLocal("5:7:9 3/4/2026")});
-    EXPECT_EQ(world.trace.CountLog("Syncing system time to 05:07:09 03/04/2026 (LOCAL)"), 1U);
 }
 
 TEST(TowerTime, OfThe881WithoutAnyClockIsAskedForEveryFourHours) {
@@ -84,17 +66,6 @@ TEST(TowerTime, OfThe881WithoutAnyClockIsAskedForEveryFourHours) {
     EXPECT_EQ(DateLines(world), Lines{});
 }
 
-TEST(TowerTime, OfThe881WithHalfAnAnswerIsAskedForAgainAfterFiveMinutes) {
-    World world("-881");
-    world.modem.Answer("AT+CCLK?", "\r\nERROR\r\n");
-    world.modem.Answer("at!time?", Line("2026/03/04"));
-    world.Start();
-    world.RunFor(11min);
-    EXPECT_EQ(world.trace.CountLog(kRetry), 3U);
-    EXPECT_EQ(world.trace.CommandsMatching("at!time?").size(), 3U);
-    EXPECT_EQ(DateLines(world), Lines{});
-}
-
 // The modem's own clock says whole years: 26 is the year 26, and not worth a retry of its own.
 // Guards oddity fallback-year-whole.
 TEST(TowerTime, OfThe881DoesNotCompleteAShortYearOfTheFallback) {
@@ -106,17 +77,6 @@ TEST(TowerTime, OfThe881DoesNotCompleteAShortYearOfTheFallback) {
     EXPECT_EQ(world.trace.CountLog("Time from tower does not look valid: 05:07:09 03/04/26"), 1U);
     EXPECT_EQ(world.trace.CommandsMatching("at!time?").size(), 1U);
     EXPECT_EQ(DateLines(world), Lines{});
-}
-
-TEST(TowerTime, OfOtherCardsIsRefusedEveryFourHours) {
-    for (const char* card : {"-USB305", "-mc75i", ""}) {
-        SCOPED_TRACE(card);
-        World world(card);
-        world.Start();
-        world.RunFor(4h + 1min);
-        EXPECT_EQ(world.trace.CountLog("Cannot sync to tower time, unsupported modem"), 2U);
-        EXPECT_EQ(DateLines(world), Lines{});
-    }
 }
 
 TEST(TowerTime, IsTakenOverEveryFourHours) {
@@ -171,25 +131,6 @@ TEST(TowerTime, WithoutAnAnswerKeepsThePeriodInForce) {
     EXPECT_EQ(world.trace.CountLog("Time from tower does not look valid: 00:00:00 00/00/0"), 6U);
 }
 
-TEST(TowerTime, OfYear2011IsRefusedAndRetried) {
-    World world("-881");
-    world.modem.Answer("AT+CCLK?", Line("+CCLK: \"11/12/31,23:59:59+00\""));
-    world.Start();
-    world.RunFor(1min);
-    EXPECT_EQ(DateLines(world), Lines{});
-    world.trace.ExpectLogInOrder(
-        {"Time from tower does not look valid: 23:59:59 12/31/2011", kRetry});
-}
-
-TEST(TowerTime, IsNotAskedForWhileSwitchedOff) {
-    World world("-E362");
-    world.files.Write(kProvisioningFile, "SYNC_TIME=no\n");
-    world.Start();
-    world.RunFor(5h);
-    EXPECT_TRUE(world.trace.CommandsMatching("AT$NWLTIME").empty());
-    EXPECT_EQ(DateLines(world), Lines{});
-}
-
 TEST(TowerTime, SwitchedOnIsTakenOverAtOnce) {
     World world("-E362");
     world.files.Write(kProvisioningFile, "SYNC_TIME=no\n");
@@ -202,41 +143,6 @@ TEST(TowerTime, SwitchedOnIsTakenOverAtOnce) {
     EXPECT_EQ(world.trace.CountLog("SYNC_TIME config option is YES.  Time sync will attempt every "
                                    "4 hours"),
               1U);
-}
-
-// The date command moves the clock, as on the router. Timers that run see the jump: every one of
-// them has expired for a clock set back, so the next pass does all timed work, once.
-TEST(ClockJump, BackwardsMakesTheTimersExpireOnce) {
-    World world("-E362");
-    Carrier carrier(world);
-    world.Start();
-    world.RunFor(5min);
-    world.RunUntilCommand(kStatusCommand, 2min);
-    world.RunFor(10s);
-    world.trace.Clear();
-    world.clock.Jump(-24h);
-    world.RunFor(20s);
-    EXPECT_EQ(world.trace.CommandTimes(kStatusCommand).size(), 1U);
-    EXPECT_EQ(world.trace.ShellTimes(kPingLine).size(), 1U);
-    EXPECT_EQ(world.trace.CountLog(kRestarting), 0U);
-
-    world.trace.Clear();
-    world.RunFor(9min);
-    EXPECT_EQ(world.trace.ShellTimes(kPingLine).size(), 0U);
-}
-
-TEST(ClockJump, ForwardsEndsTheTimersThatAreShorter) {
-    World world("-E362");
-    Carrier carrier(world);
-    world.Start();
-    world.RunFor(3min);
-    world.RunUntilCommand(kStatusCommand, 2min);
-    world.RunFor(10s);
-    world.trace.Clear();
-    world.clock.Jump(5min);
-    world.RunFor(20s);
-    EXPECT_EQ(world.trace.CommandTimes(kStatusCommand).size(), 1U);
-    EXPECT_EQ(world.trace.ShellTimes(kPingLine).size(), 0U);  // ten minutes are not over yet
 }
 
 TEST(ClockJump, ByTheDaemonsOwnDateCommandDoesNotMakeItAskAgain) {

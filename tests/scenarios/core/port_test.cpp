@@ -16,7 +16,6 @@ using namespace std::chrono_literals;
 using rig::Files;
 using rig::Kind;
 using rig::World;
-using testing::Not;
 using Lines = std::vector<std::string>;
 using Times = std::vector<rig::Micros>;
 

@@ -75,31 +75,6 @@ TEST(SignalPoll, AnErrorOfAnotherCommandDoesNotFlipTheForm) {
     EXPECT_THAT(world.trace.Commands(), Not(Contains("AT+CSQ?")));
 }
 
-TEST(SignalPoll, TurnsIndicatorsIntoASignalLine) {
-    struct Row {
-        const char* answer;
-        const char* lightbar;
-    };
-    const Row rows[] = {
-        {"\r\n+CIND: 5,0,1,0,0,0,0,0\r\n\r\nOK\r\n", "+CSQ: 99, 99\n"},
-        {"\r\n+CIND: 5,1,1,0,0,0,0,0\r\n\r\nOK\r\n", "+CSQ: 5, 99\n"},
-        {"\r\n+CIND: 5,2,1,0,0,0,0,0\r\n\r\nOK\r\n", "+CSQ: 14, 99\n"},
-        {"\r\n+CIND: 5,3,1,0,0,0,0,0\r\n\r\nOK\r\n", "+CSQ: 22, 99\n"},
-        {"\r\n+CIND: 5,4,1,0,0,0,0,0\r\n\r\nOK\r\n", "+CSQ: 29, 99\n"},
-        {"\r\n+CIND: 5,5,1,0,0,0,0,0\r\n\r\nOK\r\n", "+CSQ: 30, 99\n"},
-        {"\r\n+CIND: 5,6,1,0,0,0,0,0\r\n\r\nOK\r\n", "+CSQ: 99, 99\n"},
-    };
-    World world("-cind1");
-    world.Start();
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.answer);
-        world.modem.Answer("AT+CIND?", row.answer);
-        world.RunFor(10s);
-        EXPECT_EQ(Files::Read(kLightbar), row.lightbar);
-    }
-    EXPECT_THAT(world.trace.Commands(), Not(Contains("AT+CSQ")));
-}
-
 TEST(SignalPoll, ASilentModemKeepsTheStatusWorkBack) {
     World world("-881 -d");
     MakeSilent(world);
@@ -130,32 +105,6 @@ TEST(SignalPoll, ASilentPassTakesASecondInsteadOfTwo) {
     ASSERT_GE(times.size(), 3u);
     EXPECT_EQ(times[1] - times[0], 2240ms);
     EXPECT_EQ(times[2] - times[1], 2240ms);
-}
-
-TEST(SignalPoll, NoiseAndZeroBytesAroundTheLineDoNoHarm) {
-    World world;
-    world.modem.Answer("AT+CSQ",
-                       "\0\x01\x7f\xff\r\n+CSQ: 1\0"
-                       "2,99\t\r\n\0OK"s);
-    world.Start();
-    world.RunFor(10s);
-    EXPECT_EQ(Files::Read(kLightbar), "+CSQ: 1 2,99 \n");
-}
-
-TEST(SignalPoll, AnAnswerWithoutLineEndIsTakenWhole) {
-    World world;
-    world.modem.Answer("AT+CSQ", "+CSQ: 5,99");
-    world.Start();
-    world.RunFor(10s);
-    EXPECT_EQ(Files::Read(kLightbar), "+CSQ: 5,99\n");
-}
-
-TEST(SignalPoll, TheSignalLineWinsOverTheIndicatorLine) {
-    World world;
-    world.modem.Answer("AT+CSQ", "\r\n+CIND: 5,3\r\n+CSQ: 8,99\r\nOK\r\n");
-    world.Start();
-    world.RunFor(10s);
-    EXPECT_EQ(Files::Read(kLightbar), "+CSQ: 8,99\n");
 }
 
 // A read takes 131072 bytes at most; what is left over waits for the next reader.

@@ -11,7 +11,6 @@ namespace {
 using namespace std::chrono_literals;
 using rig::Files;
 using rig::World;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -185,52 +184,6 @@ TEST(StartUp, PrintsNothingWhenItIsStartedRight) {
     world.Start();
     world.RunFor(30s);
     EXPECT_EQ(world.daemon.ErrorOutput(), "");
-}
-
-struct Order {
-    const char* arguments;
-    const char* poll;
-};
-
-class OrderOfOptions : public testing::TestWithParam<Order> {};
-
-TEST_P(OrderOfOptions, DecidesHowTheSignalIsPolled) {
-    World world(GetParam().arguments);
-    world.Start();
-    world.RunFor(30s);
-    const Lines commands = world.trace.Commands();
-    const std::string other = std::string(GetParam().poll) == "AT+CSQ" ? "AT+CIND?" : "AT+CSQ";
-    EXPECT_THAT(commands, testing::Contains(GetParam().poll));
-    EXPECT_THAT(commands, Not(testing::Contains(other)));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Orders, OrderOfOptions,
-    testing::Values(Order{"-cind1 -E362", "AT+CSQ"}, Order{"-E362 -cind1", "AT+CIND?"},
-                    Order{"-cind1", "AT+CIND?"}, Order{"-cind1 -881 -cind1", "AT+CIND?"},
-                    Order{"-E371 -cind1 -mc75i", "AT+CSQ"}, Order{"-xUSB305x", "AT+CSQ"}));
-
-TEST(StartUp, AnUnknownOptionIsPassedOver) {
-    World world(rig::Exactly{{"-xyz", "-USB305", "-X1", "/dev/ttyUSB0"}});
-    world.Start();
-    world.RunFor(1s);
-    EXPECT_EQ(world.trace.Log().back(), "card type set to Sierra USB 305 Lightning");
-}
-
-TEST(StartUp, TheDeviceMayStandAnywhere) {
-    World world(rig::Exactly{{"/dev/ttyUSB0", "-E371", "/dev/other", "-d"}});
-    world.Start();
-    world.RunFor(2s);
-    EXPECT_EQ(world.trace.CountLog("card type set to Novatel E371/MC679"), 1u);
-    EXPECT_EQ(world.trace.CountLog("DEBUG: debug mode 1"), 1u);
-    EXPECT_THAT(world.trace.Commands(), testing::Contains("ATE0"));
-}
-
-TEST(StartUp, TheLevelIsTheNumberOfOptions) {
-    World world("-d -dd -debug");
-    world.Start();
-    world.RunFor(1s);
-    EXPECT_EQ(world.trace.CountLog("DEBUG: debug mode 3"), 1u);
 }
 
 // Guards oddity debug-level-falls.

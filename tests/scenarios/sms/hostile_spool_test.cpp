@@ -36,64 +36,6 @@ void ExpectAlive(SmsWorld& world) {
 
 }  // namespace
 
-TEST(HostileNames, AreOneWordToTheShell) {
-    const Lines names = {"two words",
-                         " leading and trailing ",
-                         "it's",
-                         "'''",
-                         "\"double\"",
-                         "$(touch pwned)",
-                         "`touch pwned`",
-                         "a;touch pwned",
-                         "a&touch pwned&",
-                         "a|touch pwned",
-                         "a>pwned",
-                         "-rf",
-                         "--help",
-                         "*",
-                         "?",
-                         "~",
-                         "$HOME",
-                         "back\\slash",
-                         "two\nlines",
-                         "\n",
-                         "\ttab",
-                         "\x01\x1b[31m\x7f",
-                         "\xff\xfe\xc3",
-                         "gr\xc3\xbc\xc3\x9f"
-                         "e",
-                         "%s%n%s",
-                         "#comment",
-                         "!history",
-                         "{a,b}"};
-    SmsWorld world;
-    world.LetTheModemRefuse();
-    const StayInTmp here;
-    world.Start();
-    for (const std::string& name : names) {
-        SCOPED_TRACE(name);
-        world.Drop(name);
-        ASSERT_TRUE(world.RunUntilGone(name, 5min));
-        const std::string failed = name + "." + world.Stamp();
-        EXPECT_EQ(world.files.Read(kFail + failed), "TO=+15551234567\nMSG=Hello\n");
-        EXPECT_THAT(world.files.List("/tmp/sms/send_fail"), SizeIs(1));
-        world.files.Remove(kFail + failed);
-    }
-    EXPECT_FALSE(world.files.Exists("/tmp/pwned"));
-}
-
-TEST(HostileNames, OfTheFullLengthKeepRoomForTheTimeStamp) {
-    for (const std::string& name : {std::string(255, 'n'), std::string(253, 'q') + "$$"}) {
-        SmsWorld world;
-        world.LetTheModemRefuse();
-        world.Drop(name);
-        world.Start();
-        ASSERT_TRUE(world.RunUntilGone(name, 5min));
-        const std::string failed = name.substr(0, 239) + "." + world.Stamp();
-        EXPECT_EQ(world.files.Read(kFail + failed), "TO=+15551234567\nMSG=Hello\n");
-    }
-}
-
 TEST(HostileNames, AreSentLikeAnyOther) {
     SmsWorld world;
     world.Drop("$(reboot) 'x'\n");
@@ -155,27 +97,6 @@ TEST(HostileFiles, OfEveryTypeAreThrownAwayWithoutHoldingTheDaemonUp) {
     }
 }
 
-TEST(HostileFiles, AFifoThatSomebodyFeedsIsNotRead) {
-    SmsWorld world;
-    std::filesystem::create_directories(kSend);
-    ASSERT_EQ(mkfifo("/tmp/sms/send/bad", 0666), 0);
-    const int fd = open("/tmp/sms/send/bad", O_RDWR | O_NONBLOCK);
-    ASSERT_EQ(write(fd, "TO=1\nMSG=x\n", 11), 11);
-    world.Start();
-    EXPECT_TRUE(world.RunUntilGone("bad", 60s));
-    EXPECT_THAT(world.Sent(), IsEmpty());
-    close(fd);
-}
-
-TEST(HostileFiles, ThatCannotBeReadAreDeleted) {
-    SmsWorld world;
-    world.Drop("bad");
-    world.files.Fail("/tmp/sms/send/bad", EACCES);
-    world.Start();
-    EXPECT_TRUE(world.RunUntilGone("bad", 60s));
-    EXPECT_EQ(world.trace.CountLog("Cannot open SMS file /tmp/sms/send/bad"), 1u);
-}
-
 TEST(HostileFiles, ThatVanishBetweenListingAndReadingAreNoTrouble) {
     SmsWorld world;
     world.Drop("bad");
@@ -200,15 +121,6 @@ TEST(HostileFiles, AGigabyteCostsNoMemory) {
     ASSERT_THAT(world.Sent(), SizeIs(1));
     EXPECT_EQ(world.Sent()[0].substr(0, 5), "Hello");
     EXPECT_LE(world.Sent()[0].size(), 150u);
-}
-
-TEST(HostileFiles, ZeroBytesAreSentAsTheyStand) {
-    SmsWorld world;
-    world.Drop("msg", std::string("TO=1\nMSG=a\0b\n", 13));
-    world.Start();
-    EXPECT_TRUE(world.RunUntilGone("msg", 60s));
-    const auto writes = world.trace.Texts(rig::Kind::kWrite);
-    EXPECT_THAT(writes, Contains(std::string("a\0b\n\n\x1a", 6)));
 }
 
 TEST(HostileFiles, ADirectoryIsReportedAtEveryPassAndStays) {
@@ -303,60 +215,6 @@ TEST(HostileSpool, ThatIsReadOnlyToReceiveStillLogsEveryMessage) {
     world.RunFor(60s);
     EXPECT_EQ(world.trace.CountLogContaining("Message: Hello\n"), 1u);
     EXPECT_THAT(world.files.List("/tmp/sms/recv"), IsEmpty());
-}
-
-TEST(PlantedLinks, InAReceivedFilesPlaceAreRemovedAndNotFollowed) {
-    for (const bool hard : {false, true}) {
-        SCOPED_TRACE(hard ? "hard link" : "symbolic link");
-        SmsWorld world;
-        world.files.Write("/tmp/precious", "keep me");
-        world.modem.AnswerOnce(
-            kListUnread, "\r\n+CMGL: 1,\"REC UNREAD\",\"+1\",,\"d,t\"\r\nHello\r\n\r\nOK\r\n");
-        world.Start();
-        ASSERT_TRUE(world.RunUntilLog("Got SMS from 1 at d-t, Message: Hello\n", 60s));
-        const std::string path = kReceive + ("sms_msg" + world.Stamp() + ".1");
-        if (hard) {
-            std::filesystem::create_hard_link("/tmp/precious", path);
-        } else {
-            std::filesystem::create_symlink("/tmp/precious", path);
-        }
-        world.RunFor(1s);
-        EXPECT_EQ(world.files.Read("/tmp/precious"), "keep me");
-        EXPECT_EQ(world.files.Read(path), "FROM=1\nTIME=d-t\nMSG=Hello\n");
-        EXPECT_FALSE(std::filesystem::is_symlink(path));
-    }
-}
-
-TEST(PlantedLinks, InAFailedFilesPlaceDoNotLeadItOut) {
-    SmsWorld world;
-    world.LetTheModemRefuse();
-    world.Drop("msg");
-    world.Start();
-    ASSERT_TRUE(
-        world.RunUntilLog("Send #3 Failed : TO=+15551234567, MSG=Hello\n\n (truncated)", 5min));
-    const std::string failed = kFail + ("msg." + world.Stamp());
-    std::filesystem::create_directory("/tmp/elsewhere");
-    std::filesystem::create_symlink("/tmp/elsewhere", failed);
-    world.RunFor(1s);
-    EXPECT_TRUE(std::filesystem::is_empty("/tmp/elsewhere"));
-    EXPECT_FALSE(std::filesystem::is_symlink(failed));
-    EXPECT_EQ(world.files.Read(failed), "TO=+15551234567\nMSG=Hello\n");
-}
-
-// A normal user cannot give a link away: there it is the daemon's own, which is used.
-TEST(PlantedLinks, InASpoolDirectorysPlaceAreRefusedUnlessTheyAreOurOwn) {
-    SmsWorld world;
-    std::filesystem::create_directory("/tmp/elsewhere");
-    std::filesystem::create_symlink("/tmp/elsewhere", "/tmp/sms");
-    const bool foreign = lchown("/tmp/sms", 12345, 12345) == 0;
-    world.Arrive("+15551234567", "Hello");
-    world.Start();
-    world.RunFor(60s);
-    EXPECT_EQ(std::filesystem::is_empty("/tmp/elsewhere"), foreign);
-    EXPECT_EQ(world.trace.CountLogContaining("is a link that somebody else made, not using it") > 0,
-              foreign);
-    EXPECT_EQ(world.trace.CountLogContaining("Message: Hello\n"), 1u);
-    ExpectAlive(world);
 }
 
 TEST(PlantedLinks, ThatAppearDuringASendingAreNotDeletedThrough) {

@@ -1,11 +1,7 @@
 // Messages that arrive: from the modem's store to files, with nothing lost that need not be.
 #include "sms_world.h"
 
-using ::testing::Contains;
-using ::testing::Each;
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::Not;
 using ::testing::SizeIs;
 using Lines = std::vector<std::string>;
 
@@ -49,21 +45,6 @@ TEST(ReceivedSms, IsAskedForEveryFifteenSecondsOrALittleLater) {
         << "read messages always go";
 }
 
-TEST(ReceivedSms, TwoOfOneListingShareTheTimeInTheirNames) {
-    SmsWorld world;
-    world.Arrive("+15551110001", "first");
-    world.Arrive("+15551110002", "second");
-    world.Start();
-    world.RunFor(40s);
-    const auto names = world.files.List("/tmp/sms/recv");
-    ASSERT_THAT(names, SizeIs(2));
-    EXPECT_EQ(names[0].substr(0, 22), names[1].substr(0, 22));
-    EXPECT_EQ(names[0].substr(22), ".1");
-    EXPECT_EQ(names[1].substr(22), ".2");
-    EXPECT_NE(world.files.Read(kReceive + names[0]).find("FROM=15551110001\n"), std::string::npos);
-    EXPECT_NE(world.files.Read(kReceive + names[1]).find("FROM=15551110002\n"), std::string::npos);
-}
-
 TEST(ReceivedSms, KeepsItsLinesAndTheEmptyOnes) {
     const std::string header = kHeader;
     struct Case {
@@ -97,22 +78,6 @@ TEST(ReceivedSms, KeepsItsLinesAndTheEmptyOnes) {
     }
 }
 
-TEST(ReceivedSms, AThousandInOneListingAllArrive) {
-    SmsWorld world;
-    world.modem.Control("store 1000");
-    for (int i = 1; i <= 1000; ++i) {
-        world.Arrive("+15551234567", "message " + std::to_string(i) + ".");
-    }
-    world.Start();
-    world.RunFor(60s);
-    EXPECT_THAT(world.files.List("/tmp/sms/recv"), SizeIs(1000));
-    for (const int i : {1, 2, 500, 999, 1000}) {
-        const std::string line = "message " + std::to_string(i) + ".\n";
-        EXPECT_EQ(world.trace.CountLogContaining(line), 1u) << line;
-    }
-    EXPECT_EQ(world.modem.Sim().GetState().sms.Used(), 0);
-}
-
 TEST(ReceivedSms, ThoseThatWaitForAFullStoreFollow) {
     SmsWorld world;
     world.modem.Control("store 3");
@@ -136,22 +101,6 @@ TEST(ReceivedSms, OneThatArrivesWhileTheListIsWrittenOutIsNotDeletedUnread) {
     world.RunFor(60s);
     EXPECT_EQ(world.trace.CountLogContaining("Message: early\n"), 1u);
     EXPECT_EQ(world.trace.CountLogContaining("Message: late\n"), 1u);
-}
-
-TEST(ReceivedSms, IsLeftAloneByAModemThatIsNotASierra881) {
-    for (const char* card : {"", "-E362", "-E371", "-USB305", "-mc75i"}) {
-        SCOPED_TRACE(card);
-        SmsWorld world(card);
-        world.Arrive("+15551234567", "Hello");
-        world.Start();
-        world.RunFor(90s);
-        EXPECT_EQ(world.trace.CountLog("Modem does not support CMGF SMS"), 1u);
-        EXPECT_THAT(world.trace.CommandsMatching("AT+CMGF"), IsEmpty());
-        EXPECT_THAT(world.trace.CommandsMatching("AT+CMGL"), IsEmpty());
-        EXPECT_THAT(world.trace.CommandsMatching("AT+CMG"), Each(std::string(kDeleteRead)));
-        EXPECT_THAT(world.trace.CommandsMatching(kDeleteRead), Not(IsEmpty()));
-        EXPECT_TRUE(world.files.Exists("/tmp/sms/recv"));
-    }
 }
 
 TEST(ReceivedSms, IsLeftAloneWhenTextModeIsRefused) {

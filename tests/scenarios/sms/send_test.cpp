@@ -29,27 +29,6 @@ TEST(SendFile, IsSentAndDeleted) {
     EXPECT_THAT(world.trace.CommandsMatching("AT+CMGD"), ElementsAre(kDeleteRead, "AT+CMGD=0,2"));
 }
 
-TEST(SendFile, OfOneHundredAndFiftyOneCharactersLosesTheLast) {
-    SmsWorld world;
-    const std::string text = std::string(149, 'x') + "y";
-    world.Drop("long", "TO=1\nMSG=" + text + "z\n");  // 152 with the doubled line end
-    world.Start();
-    EXPECT_TRUE(world.RunUntilGone("long", 60s));
-    EXPECT_EQ(world.Sent(), Lines{text});
-    world.trace.ExpectLogInOrder({"SMS Message too long (153 chars), truncating to 150 chars",
-                                  "Send Success: TO=1, MSG=" + text + "z\n\n"});
-}
-
-TEST(SendFile, OneIsTakenAPass) {
-    SmsWorld world;
-    for (const char* name : {"a", "b", "c", "d"}) world.Drop(name);
-    world.Start();
-    EXPECT_TRUE(world.RunUntil([&] { return SmsWorld::Waiting().empty(); }, 3min));
-    const auto times = world.trace.CommandTimes(kCommand);
-    ASSERT_THAT(times, SizeIs(4));
-    for (std::size_t i = 1; i < times.size(); ++i) EXPECT_GE(times[i] - times[i - 1], 15s);
-}
-
 TEST(SendFile, IsSentThroughASlowPromptAllTheSame) {
     SmsWorld world;
     world.modem.Answer(kCommand, "\r\n> ", 800ms);
@@ -75,19 +54,6 @@ TEST(SendFile, RefusedAtThePromptIsTriedAgainAfterThirtySeconds) {
     EXPECT_GE(times[1] - times[0], 30s);
     EXPECT_LE(times[1] - times[0], 70s);
     EXPECT_THAT(world.Sent(), SizeIs(1));
-}
-
-TEST(SendFile, RefusedAfterTheBodySaysWhy) {
-    SmsWorld world;
-    world.modem.Control("sms-fails 330 1 body");
-    world.Drop("msg");
-    world.Start();
-    EXPECT_TRUE(world.RunUntilGone("msg", 2min));
-    world.trace.ExpectLogInOrder({"Reading SMS File /tmp/sms/send/msg",
-                                  "CMS error #330: SMSC (message service center) address unknown",
-                                  "Send #1 Failed: TO=+15551234567, MSG=Hello\n\n (truncated)",
-                                  "Reading SMS File /tmp/sms/send/msg",
-                                  "Send Success: TO=+15551234567, MSG=Hello\n\n"});
 }
 
 TEST(SendFile, MovesToSendFailAtTheThirdFailure) {
@@ -127,22 +93,6 @@ TEST(SendFile, BehindAGivenUpOneIsTakenWithoutDelay) {
     EXPECT_LT(world.clock.Now() - given_up, 30s) << "the delay ends with the file";
 }
 
-TEST(SendFile, SentBetweenFailuresStartsTheCountAnew) {
-    SmsWorld world;
-    world.modem.Control("sms-fails 38 2 body");
-    world.Drop("first");
-    world.Start();
-    EXPECT_TRUE(world.RunUntilGone("first", 5min));
-    world.LetTheModemRefuse();
-    world.Drop("second");
-    EXPECT_TRUE(world.RunUntilGone("second", 5min));
-    EXPECT_EQ(world.trace.CountLogContaining("Send #1 Failed:"), 2u);
-    EXPECT_EQ(world.trace.CountLogContaining("Send #2 Failed:"), 2u);
-    EXPECT_EQ(world.trace.CountLogContaining("Send #3 Failed :"), 1u);
-    world.RunFor(1s);
-    EXPECT_THAT(world.files.List("/tmp/sms/send_fail"), SizeIs(1));
-}
-
 TEST(SendFile, ListedFirstTakesOverTheCountOfAnother) {
     SmsWorld world;
     world.LetTheModemRefuse();
@@ -161,20 +111,6 @@ TEST(SendFile, ListedFirstTakesOverTheCountOfAnother) {
     const auto failed = world.files.List("/tmp/sms/send_fail");
     ASSERT_THAT(failed, SizeIs(1));
     EXPECT_EQ(failed[0].substr(0, 9), "newcomer.");
-}
-
-TEST(SendFile, IsNotEvenListedWhileTheDelayRuns) {
-    SmsWorld world;
-    world.LetTheModemRefuse();
-    world.Drop("msg");
-    world.Start();
-    EXPECT_TRUE(
-        world.RunUntilLog("Send #1 Failed: TO=+15551234567, MSG=Hello\n\n (truncated)", 2min));
-    world.trace.Clear();
-    world.RunFor(29s);
-    EXPECT_THAT(world.trace.CommandsMatching(kListUnread), SizeIs(::testing::Ge(1)))
-        << "receiving goes on";
-    EXPECT_EQ(world.trace.ShellTimes(kMakeSend).size(), 0u);
 }
 
 // Guards oddity no-number-is-tried.

@@ -10,7 +10,6 @@ using rig::Duration;
 using rig::Files;
 using rig::World;
 using testing::AllOf;
-using testing::Contains;
 using testing::Each;
 using testing::Ge;
 using testing::HasSubstr;
@@ -72,21 +71,6 @@ TEST(Mc7700, FollowsTheSystemOfEachPage) {
     EXPECT_THAT(Files::Read(kStatistics), HasSubstr("\nCELLMODEM_LTE_BAND=\n"));
     EXPECT_THAT(Files::Read(kStatistics), HasSubstr("\nCELLMODEM_WCDMA_BAND=WCDMA850\n"
                                                     "CELLMODEM_WCDMA_CHANNEL=4385\n"));
-}
-
-TEST(OtherModels, AreReadByTheUsualLabels) {
-    World world("-881");
-    Teach(world, {{"AT+CREG?", {"+CREG: 0,1"}},
-                  {"at!gstatus?",
-                   {"Serving Cell:  9 (9)", "RX level (dBm):-71",
-                    "RX level C0:   -80\t\tLAC:         1A2B (6699)"}}});
-    world.Start();
-    world.RunFor(60s);
-    EXPECT_THAT(Files::Read(kStatistics), HasSubstr("\nCELLMODEM_RX_LEVEL=-71\n"
-                                                    "CELLMODEM_RX_LEVEL_C0=\n"
-                                                    "CELLMODEM_RX_LEVEL_C1=\n"
-                                                    "CELLMODEM_LOCATION_AREA_CODE=Unknown\n"
-                                                    "CELLMODEM_SERVING_CELL=9(9)\n"));
 }
 
 class OperatorList : public testing::Test {
@@ -161,41 +145,6 @@ TEST(RegistrationPeriod, IsFiveSecondsUntilRegistered) {
     EXPECT_THAT(Gaps(world.trace.CommandTimes("AT+CREG?")),
                 AllOf(Not(IsEmpty()), Each(Ge(30s)), Each(Le(30s + kLongestPass))));
     EXPECT_EQ("Reg Home\n", Files::Read("/var/log/wirelessactivation_status"));
-}
-
-TEST(StatusQueries, AreAskedOnEveryPassInTheirOrder) {
-    World world("-881");
-    world.Start();
-    world.RunFor(60s);
-    world.trace.Clear();
-    world.RunFor(60s);
-    const Lines order = {"at^sysinfo", "at!getband?", "AT*CNTI=0", "at+ecio?", "at!gstatus?"};
-    Lines asked;
-    for (const std::string& command : world.trace.Commands()) {
-        if (std::find(order.begin(), order.end(), command) != order.end()) {
-            asked.push_back(command);
-        }
-    }
-    ASSERT_GE(asked.size(), 50U);
-    const auto first = std::find(asked.begin(), asked.end(), order.front());
-    for (auto i = first; i != asked.end(); ++i) {
-        EXPECT_EQ(order[static_cast<std::size_t>(i - first) % order.size()], *i);
-    }
-}
-
-TEST(StatusQueries, IdentifyTheCardEveryThirtySeconds) {
-    World world("-E362");
-    Teach(world, {{"AT$NWQMISTATUS", {"$NWQMISTATUS: Success: 0", "QMI State: CONNECTED"}}});
-    world.router.SetAddress("10.64.0.2");  // else each link check restarts the data call
-    world.Start();
-    world.RunFor(10min);
-    EXPECT_THAT(Gaps(world.trace.CommandTimes("AT$NWNN")),
-                AllOf(Not(IsEmpty()), Each(Ge(30s)), Each(Le(30s + kLongestPass))));
-    // What is known once is not asked for again; the ICCID is, for each file.
-    EXPECT_EQ(1U, world.trace.CommandTimes("at+gsn").size());
-    EXPECT_EQ(1U, world.trace.CommandTimes("at+gmm").size());
-    EXPECT_EQ(1U, world.trace.CommandTimes("ATI3").size());
-    EXPECT_GE(world.trace.CommandTimes("AT+ICCID?").size(), 50U);
 }
 
 TEST(StatusQueries, TryTheIdentityAgainUntilItIsTold) {
