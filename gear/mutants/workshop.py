@@ -1,5 +1,6 @@
 """A private copy of the tree with a build of its own, in which one mutant after the other lives."""
 
+import ctypes
 import hashlib
 import os
 import pathlib
@@ -10,6 +11,7 @@ import subprocess
 import time
 
 PROJECT = pathlib.Path(__file__).resolve().parents[2]
+PR_SET_PDEATHSIG = 1
 MEMORY = 4 << 30  # bytes; a mutant may ask for all there is
 LARGEST_FILE = 8 << 30  # a test has a log beyond 2 GiB, with nothing in it
 # The units run where nothing of the machine's own can be reached by a mutant: what they write lies
@@ -56,6 +58,8 @@ def take_over(folder):
 
 
 def limited():
+    """In the child: bounds, and an end with the tool that started it."""
+    ctypes.CDLL(None).prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
     resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
     resource.setrlimit(resource.RLIMIT_FSIZE, (LARGEST_FILE, LARGEST_FILE))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))

@@ -102,6 +102,7 @@ void Daemon::ExpectManners() const {
     if (program_ != DaemonProgram()) return;
     for (const std::string& fault : NeedlessPauses(memory_)) ADD_FAILURE() << "pause: " << fault;
     for (const std::string& fault : WrongModes()) ADD_FAILURE() << fault;
+    EXPECT_STREQ(memory_.inheritable, "") << "opened without O_CLOEXEC";
     if (!Running() || memory_.request != Request::kSleep) return;
     for (const std::string& fault : LeakedDescriptors(process_.Id())) {
         ADD_FAILURE() << "left open: " << fault;

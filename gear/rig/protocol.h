@@ -149,6 +149,9 @@ struct Shared {
     std::uint32_t path_fault_count;
     PathFault path_faults[kMostPaths];
 
+    // What was first opened in such a way that children get it; empty when nothing was.
+    char inheritable[512];
+
     // Every kind of pause that was made.
     Deed deed;
     std::uint32_t pause_count;

@@ -90,6 +90,12 @@ bool Enter() {
     return true;
 }
 
+void NoteInheritable(const char* what) {
+    if (shared->inheritable[0] == '\0') {
+        strncpy(shared->inheritable, what, sizeof(shared->inheritable) - 1);
+    }
+}
+
 void NoteDeed(Deed deed) {
     shared->deed = deed;
 }

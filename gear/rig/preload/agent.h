@@ -28,6 +28,9 @@ bool Enter();
 // Hooks of what is no cause of a pause begin with this instead: log lines, looks at the clock.
 bool EnterBeside();
 
+// Something is opened that children of the program get.
+void NoteInheritable(const char* what);
+
 // A hook tells what it did, where that is more than "something".
 void NoteDeed(Deed deed);
 

@@ -26,6 +26,7 @@ bool IsForWriting(int flags) {
 }
 
 int Open(const char* path, int flags, mode_t mode) {
+    if ((flags & O_CLOEXEC) == 0) agent::NoteInheritable(path);
     if (const int error = agent::PathError(path)) {
         errno = error;
         return -1;

@@ -73,6 +73,7 @@ int system(const char* command) {
 
 int socket(int domain, int type, int protocol) noexcept {
     if (!agent::Enter()) return RIG_REAL(socket)(domain, type, protocol);
+    if ((type & SOCK_CLOEXEC) == 0) agent::NoteInheritable("a socket");
     if (const int error = agent::TakeFault(agent::shared->socket_fault)) {
         errno = error;
         return -1;

@@ -62,6 +62,25 @@ TEST(Process, OneMissingDescriptorIsFilledAndTheOthersStay) {
                                     }));
 }
 
+// Whatever an earlier call has left in errno, what is there is not opened again.
+TEST(Process, NoneIsOpenedBeyondTheMissingOne) {
+    const auto open_ones = [] {
+        int count = 0;
+        for (int fd = 0; fd < 64; ++fd) count += fcntl(fd, F_GETFD) != -1 ? 1 : 0;
+        return count;
+    };
+    const int before = open_ones();
+    for (const int missing : {0, 1, 2}) {
+        SCOPED_TRACE(missing);
+        EXPECT_TRUE(HoldsAfterPreparing(
+            [&] {
+                close(missing);
+                errno = EBADF;
+            },
+            [&] { return IsDevNull(missing) && open_ones() == before; }));
+    }
+}
+
 TEST(Process, IgnoredSignalsGetTheirDefault) {
     for (const int number : {SIGCHLD, SIGHUP, SIGPIPE, SIGTERM, SIGUSR2}) {
         SCOPED_TRACE(number);

@@ -12,6 +12,7 @@
 #include <string>
 
 #include "fakes/fixture.h"
+#include "fakes/terminal.h"
 
 namespace {
 
@@ -124,6 +125,11 @@ TEST_F(SingleInstance, OverwritesThePidFileOfAnotherProgram) {
     WriteTemp("modemd.pid", own_pid_);
     EnforceSingleInstance(pid_file_, "some-other-daemon");
     EXPECT_EQ(world.log, (std::vector<std::string>{written_}));
+}
+
+TEST_F(SingleInstance, ATerminalInThePidFilesPlaceIsNotTaken) {
+    EXPECT_FALSE(fake::GetsTheTerminal(
+        [](const std::string& path) { EnforceSingleInstance(path, "nobody-runs-so"); }));
 }
 
 TEST_F(SingleInstance, GoesOnSilentlyWithoutAPidFile) {

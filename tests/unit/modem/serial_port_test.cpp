@@ -11,6 +11,7 @@
 #include <string>
 
 #include "fakes/fixture.h"
+#include "fakes/terminal.h"
 #include "modem/at_channel.h"
 #include "state/settings.h"
 
@@ -67,6 +68,13 @@ TEST_F(SerialPort, OpensTheDeviceNonBlockingAndNotAsTerminalOfTheProcess) {
     EXPECT_EQ(flags & O_ACCMODE, O_RDWR);
     EXPECT_TRUE((flags & O_NONBLOCK) != 0);
     EXPECT_TRUE(world.log.empty());
+}
+
+TEST_F(SerialPort, IsNotTheTerminalOfTheProcess) {
+    EXPECT_FALSE(fake::GetsTheTerminal([](const std::string& path) {
+        UsePath(path);
+        EXPECT_EQ(OpenPort(), 1);
+    }));
 }
 
 TEST_F(SerialPort, AReadOfAQuietPortReturnsAtOnce) {

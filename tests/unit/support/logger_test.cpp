@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <string>
 
+#include "fakes/terminal.h"
 #include "support/logger_fixture.h"
 
 namespace {
@@ -152,6 +153,11 @@ TEST_F(Logger, AppendsToTheFileOfAnEarlierRun) {
     Open();
     Line("new");
     EXPECT_EQ(Written(), "old\nnew\n");
+}
+
+TEST_F(Logger, ATerminalInTheFilesPlaceIsNotTaken) {
+    EXPECT_FALSE(fake::GetsTheTerminal(
+        [this](const std::string& path) { logger_.Init(path, 50, 0, nullptr); }));
 }
 
 TEST_F(Logger, CreatesTheFileReadableByAll) {

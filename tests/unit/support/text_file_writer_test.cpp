@@ -8,6 +8,7 @@
 #include <string>
 
 #include "fakes/fixture.h"
+#include "fakes/terminal.h"
 
 namespace {
 
@@ -123,6 +124,14 @@ TEST_F(TextFileWriter, IsMadeForAllToRead) {
     }
     unlink(below_tmp.c_str());
     umask(mask);
+}
+
+TEST_F(TextFileWriter, ATerminalInItsPlaceIsNotTaken) {
+    EXPECT_FALSE(fake::GetsTheTerminal([](const std::string& path) {
+        cTextFileWriter file(path);
+        file.AddLine("a");
+        EXPECT_TRUE(file.WriteFile());
+    }));
 }
 
 // A display that holds the file open goes on seeing what is written.
