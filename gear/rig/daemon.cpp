@@ -38,6 +38,11 @@ void Daemon::SignalAtCall(std::uint64_t call, int number) {
     memory_.signal_at_call_number = number;
 }
 
+void Daemon::Kill() {
+    end_by_signal_allowed_ = true;
+    process_.Kill();
+}
+
 int Daemon::ExitStatus() const {
     if (!started_ || Running() || !WIFEXITED(process_.WaitStatus())) return -1;
     return WEXITSTATUS(process_.WaitStatus());
@@ -69,13 +74,25 @@ std::vector<std::string> Daemon::Environment() const {
 void Daemon::Start() {
     if (started_) throw std::logic_error("started twice");
     if (!InPrivateRoot()) throw std::logic_error("no private root");
+    started_ = true;
+    Launch();
+}
+
+void Daemon::StartAgain() {
+    memory_.exit_now = memory_.log_waits = 0;
+    memory_.signal_at_call = 0;
+    memory_.signal_count = memory_.journal_size = 0;
+    ++memory_.process_id;
+    Launch();
+}
+
+void Daemon::Launch() {
     DaemonProcess::Launching launching;
     launching.program = program_;
     launching.arguments = {kName};
     launching.arguments.insert(launching.arguments.end(), arguments_.begin(), arguments_.end());
     launching.environment = Environment();
     launching.on_terminal = on_terminal_;
-    started_ = true;
     try {
         process_.Launch(launching);
     } catch (const DaemonTrouble& trouble) {

@@ -21,6 +21,7 @@ class Daemon {
     void SetProgram(const std::string& path) { program_ = path; }  // another one than the daemon
     void SetEnvironment(const std::string& name, const std::string& value);  // TZ is UTC else
     void SetProcessId(int id) { memory_.process_id = id; }
+    int ProcessId() const { return memory_.process_id; }
     // Real time between two of its calls after which it counts as hanging.
     void SetPatience(std::chrono::seconds fair) { process_.SetPatience(fair); }
     void OnTerminal() { on_terminal_ = true; }  // a person started it
@@ -38,6 +39,7 @@ class Daemon {
     std::uint64_t BlocksHeld() const { return memory_.allocations - memory_.releases; }
 
     // --- Its end ------------------------------------------------------------------------------
+    void Kill();               // as kill -9 does, where it stands
     int ExitStatus() const;    // -1 while it runs, or when a signal ended it
     int EndingSignal() const;  // 0 for none
     void ExpectEndBySignal() { end_by_signal_allowed_ = true; }
@@ -49,6 +51,8 @@ class Daemon {
     Shared& Memory() { return memory_; }
     std::vector<std::string> Environment() const;
     void Start();
+    void StartAgain();  // as another process
+    void Launch();
     // Until its next request. Trouble fails the test, and then it no longer runs.
     void Resume();
     void TakeTrouble(const DaemonTrouble& trouble);

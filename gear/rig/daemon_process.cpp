@@ -137,9 +137,13 @@ void DaemonProcess::CheckProgress() {
     if (now - now_since_ > kMostWithoutSleep) GiveUp("the daemon is busy: it never sleeps");
 }
 
-void DaemonProcess::GiveUp(const std::string& why) {
+void DaemonProcess::Kill() {
     kill(process_, SIGKILL);
     Reap();
+}
+
+void DaemonProcess::GiveUp(const std::string& why) {
+    Kill();
     throw DaemonTrouble(why);
 }
 

@@ -35,7 +35,7 @@ class DaemonProcess {
         std::vector<std::string> environment;  // NAME=value
         bool on_terminal = false;              // standard error is a terminal
     };
-    // Starts it, up to its first request, Request::kHello.
+    // Starts it, up to its first request, Request::kHello. When one has ended, the next may start.
     void Launch(const Launching& launching);
 
     // Gives the daemon the turn and waits for its next request. Throws DaemonTrouble. After
@@ -44,6 +44,8 @@ class DaemonProcess {
 
     // How long it may go without a call, on a FairClock; 20 s at first.
     void SetPatience(std::chrono::seconds patience) { patience_ = patience; }
+
+    void Kill();  // with SIGKILL, between two calls
 
     bool Running() const { return process_ > 0; }
     pid_t Id() const { return process_; }  // the kernel's, not the one that the daemon sees

@@ -144,7 +144,10 @@ struct Shared {
     char receive[kReceiveSize];
 
     // The router.
-    std::uint32_t address;  // IPv4 address of wwan0, network byte order, 0 for none
+    std::int32_t log_stuck;  // the log daemon reads nothing
+    std::int32_t log_room;   // lines that its socket still takes
+    std::int32_t log_waits;  // the daemon sleeps since there is none for its line
+    std::uint32_t address;   // IPv4 address of wwan0, network byte order, 0 for none
     Fault socket_fault;
     std::uint32_t path_fault_count;
     PathFault path_faults[kMostPaths];

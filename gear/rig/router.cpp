@@ -24,6 +24,16 @@ void Router::SetUptime(Duration uptime_now) {
     uptime_ = uptime_now.count() - memory_.now;
 }
 
+void Router::StickLog(int room) {
+    memory_.log_stuck = 1;
+    memory_.log_room = room;
+}
+
+void Router::FreeLog() {
+    memory_.log_stuck = 0;
+    if (memory_.log_waits != 0) memory_.sleep_until = memory_.now;
+}
+
 void Router::AddProcess(int id, const std::string& command_line) {
     const std::string folder = "/proc/" + std::to_string(id);
     processes_[folder] = "";

@@ -20,6 +20,9 @@ class Router {
 
     void SetUptime(Duration uptime_now);
     void RemoveUptime() { uptime_.reset(); }
+    // The log daemon stops reading: its socket takes so many lines, and the next one waits there.
+    void StickLog(int room);
+    void FreeLog();  // it goes on, and what waits is taken
     void AddProcess(int id, const std::string& command_line);  // words end in NUL
 
     void SetAddress(const std::string& dotted);  // of wwan0

@@ -227,6 +227,18 @@ void World::Stop() {
     } while (daemon.Running());
 }
 
+void World::StartAgain(Duration later) {
+    if (!started_ || daemon.Running()) throw std::logic_error("it runs, or was never started");
+    const Micros then = Later(memory_.now, later);
+    while (memory_.now < then) {
+        memory_.now = std::min(NextEvent(), then);
+        RunDue();
+    }
+    in_shell_ = false;
+    port.Close();
+    daemon.StartAgain();
+}
+
 void World::PrintStory() {
     const ::testing::TestInfo* test = ::testing::UnitTest::GetInstance()->current_test_info();
     std::cout << "What happened last:\n";

@@ -70,6 +70,9 @@ class World {
     // a signal ended it.
     int RunToExit(Duration limit);
     void Stop();  // makes the daemon call exit(0) where it stands
+    // When it has ended: the same program once more, so much later, in the world as it is then.
+    // What the story has planned goes on meanwhile.
+    void StartAgain(Duration later);
 
   private:
     explicit World(const std::vector<std::string>& arguments);

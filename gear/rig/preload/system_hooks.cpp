@@ -15,9 +15,20 @@ namespace {
 
 char g_line[2U << 20];  // the dump of the largest read in hex has 400,000 characters
 
+// As a datagram socket does when nobody reads: a line that finds no room waits, and a signal only
+// makes the C library try again.
+void WaitForRoom() {
+    constexpr Micros kForNow = 86400 * 1000000LL;
+    agent::shared->log_waits = 1;
+    while (agent::shared->log_stuck != 0 && agent::shared->log_room == 0) agent::Pass(kForNow);
+    agent::shared->log_waits = 0;
+    if (agent::shared->log_stuck != 0) --agent::shared->log_room;
+}
+
 void LogLine(int priority, const char* format, va_list arguments) {
-    if (!agent::IsKept(Kind::kLog)) return;
     const int error = errno;
+    WaitForRoom();
+    if (!agent::IsKept(Kind::kLog)) return;
     const int size = vsnprintf(g_line, sizeof(g_line), format, arguments);
     const auto most = static_cast<int>(sizeof(g_line)) - 1;
     if (size >= 0) {
