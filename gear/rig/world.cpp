@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <iostream>
+#include <stdexcept>
 
 #include "rig/arguments.h"
 #include "rig/private_root.h"

@@ -17,8 +17,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int kDaemonId = 4242;
-
 std::string UtcText(std::time_t when) {
     char text[32] = "";
     std::tm utc = {};
@@ -44,7 +42,7 @@ CopiedRouter::CopiedRouter(const rig::World& world) : root_(NewFolder()) {
     CopyFiles();
     WriteLog(world);
     Write("/proc/uptime", "3600.00 3600.00\n");
-    if (world.daemon.Running()) AddProcess(kDaemonId, "modemd");
+    if (world.daemon.Running()) AddProcess(world.daemon.ProcessId(), "modemd");
     address_ = "none";
 }
 
