@@ -3,8 +3,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <ostream>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "rig/world.h"
@@ -16,6 +19,9 @@ namespace worlds {
 using namespace std::chrono_literals;
 
 class RandomWorld;
+
+// One happening of a plan: its number in the table, and its how-manieth time.
+using Occurrence = std::pair<std::size_t, int>;
 
 // Something that happens again and again.
 struct Happening {
@@ -41,6 +47,7 @@ struct Plan {
     Duration length{};
     Ending ending = Ending::kTerminated;
     std::vector<Drawn> happenings;
+    std::optional<std::set<Occurrence>> only;  // all others are left out
 
     std::string Arguments() const;
     bool HasFloods() const;
@@ -62,8 +69,12 @@ class RandomWorld : public rig::World {
     void Record() { recorded_ = true; }
     const std::vector<rig::Event>& Chronicle() const { return chronicle_; }
 
+    // What has happened so far, without what was left out.
+    const std::vector<std::pair<Duration, Occurrence>>& Happened() const { return happened_; }
+
     // --- For the happenings -------------------------------------------------------------------
-    Dice& GetDice() { return dice_; }
+    // Dice of this very happening, so that it is the same whatever else happens.
+    Dice& GetDice() { return happening_dice_ ? *happening_dice_ : dice_; }
     const Plan& GetPlan() const { return plan_; }
     void Tell(const std::string& line);  // to the modem, which need not understand it
     // What a modem of this model that nothing has happened to would answer.
@@ -76,7 +87,8 @@ class RandomWorld : public rig::World {
   private:
     void SetTheScene();
     void ServeShellLines();
-    void Schedule(const Plan::Drawn& drawn);
+    void Schedule(const Plan::Drawn& drawn, int time);
+    void Happen(const Plan::Drawn& drawn, int time);
     int TakeShellTrouble();
     int Move(const std::vector<std::string>& words);
     int SetClock(const std::string& line);
@@ -89,6 +101,8 @@ class RandomWorld : public rig::World {
 
     Plan plan_;
     Dice dice_;
+    std::optional<Dice> happening_dice_;
+    std::vector<std::pair<Duration, Occurrence>> happened_;
     Given given_;
     sim::PlayedModem twin_;
     bool recorded_ = false;
