@@ -12,6 +12,11 @@ endif()
 add_library(modemd_64_bits INTERFACE)
 target_compile_definitions(modemd_64_bits INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
 
+# A package's bytes do not depend on where it was built.
+if(MODEMD_PACKAGE)
+    add_compile_options("-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.")
+endif()
+
 add_library(modemd_hardening INTERFACE)
 
 # Flags that not every processor's compiler knows. A warning counts as a refusal.
@@ -45,6 +50,9 @@ if(MODEMD_STATIC STREQUAL "ALL")
     target_link_options(modemd_linked INTERFACE ${MODEMD_STATIC_FLAGS})
 elseif(CMAKE_BUILD_TYPE MATCHES "^(Release|MinSizeRel)$")
     target_link_options(modemd_linked INTERFACE -pie)
+endif()
+if(CMAKE_BUILD_TYPE STREQUAL "MinSizeRel")
+    target_link_options(modemd_linked INTERFACE -s)
 endif()
 if(MODEMD_STATIC STREQUAL "CXX")
     target_link_options(modemd_linked INTERFACE -static-libstdc++ -static-libgcc)

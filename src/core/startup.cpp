@@ -27,10 +27,10 @@
 #include "support/logger.h"
 #include "support/system_log.h"
 #include "support/text.h"
+#include "support/version.h"
 
 namespace {
 
-constexpr char kVersion[] = "1.45";
 constexpr char kHostKeyFile[] = "/etc/ssh/ssh_host_dsa_key";
 constexpr int kCutoffWithHostKey = 600;      // seconds of uptime
 constexpr int kCutoffWithoutHostKey = 1800;  // a first boot, still making its keys, takes longer

@@ -11,12 +11,12 @@
 #include "modemctl/time_text.h"
 #include "modemctl/unicode.h"
 #include "support/text.h"
+#include "support/version.h"
 
 namespace modemctl {
 
 namespace {
 
-constexpr char kVersion[] = "1.45";
 constexpr char kUsualMaxAge[] = "60";  // twelve missed writes of the statistics
 
 const std::vector<Option> kCommonOptions = {

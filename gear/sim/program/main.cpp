@@ -11,6 +11,7 @@
 #include "sim/program/control_socket.h"
 #include "sim/program/runner.h"
 #include "state/cards.h"
+#include "support/version.h"
 
 namespace {
 
@@ -30,6 +31,7 @@ void PrintUsage(std::FILE* where) {
         "  --on-call-up CMD      shell command when the data call is up\n"
         "  --on-call-down CMD    shell command when the data call is down\n"
         "  --speak-up            tell changes of the signal without being asked\n"
+        "  --version             the version, and nothing else\n"
         "\n"
         "The models:\n",
         where);
@@ -39,7 +41,19 @@ void PrintUsage(std::FILE* where) {
     std::fputs("\nmodem-sim ctl help lists the words; modem-sim(1) explains them.\n", where);
 }
 
-enum Option { kProfile = 1000, kProfiles, kLink, kControl, kSeed, kLog, kUp, kDown, kSpeak, kHelp };
+enum Option {
+    kProfile = 1000,
+    kProfiles,
+    kLink,
+    kControl,
+    kSeed,
+    kLog,
+    kUp,
+    kDown,
+    kSpeak,
+    kVersionOnly,
+    kHelp
+};
 
 constexpr option kOptions[] = {
     {"profile", required_argument, nullptr, kProfile},
@@ -51,6 +65,7 @@ constexpr option kOptions[] = {
     {"on-call-up", required_argument, nullptr, kUp},
     {"on-call-down", required_argument, nullptr, kDown},
     {"speak-up", no_argument, nullptr, kSpeak},
+    {"version", no_argument, nullptr, kVersionOnly},
     {"help", no_argument, nullptr, kHelp},
     {nullptr, 0, nullptr, 0},
 };
@@ -85,6 +100,9 @@ int TakeOption(int chosen, sim::RunOptions* options) {
         case kSpeak:
             options->speak_up = true;
             return -1;
+        case kVersionOnly:
+            std::printf("modem-sim %s\n", kVersion);
+            return 0;
         case kHelp:
             PrintUsage(stdout);
             return 0;
