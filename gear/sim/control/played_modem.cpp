@@ -8,7 +8,8 @@ namespace {
 
 using Table = const std::vector<Verb>& (*)();
 
-constexpr Table kTables[] = {RadioWords, CallWords, MessageWords, PortWords, ReportWords};
+constexpr Table kTables[] = {RadioWords, CallWords, MessageWords,
+                             PortWords,  MoodWords, ReportWords};
 
 const Verb* FindVerb(const std::string& name) {
     for (const Table table : kTables) {

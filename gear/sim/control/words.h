@@ -22,6 +22,7 @@ const std::vector<Verb>& RadioWords();
 const std::vector<Verb>& CallWords();
 const std::vector<Verb>& MessageWords();
 const std::vector<Verb>& PortWords();
+const std::vector<Verb>& MoodWords();
 const std::vector<Verb>& ReportWords();
 
 constexpr const char* kOk = "ok";

@@ -11,6 +11,8 @@ void Clock::Set(std::int64_t unix_seconds, Micros now) {
 }
 
 std::int64_t Clock::UnixSeconds(Micros now) const {
+    constexpr std::int64_t kFirstDayOfGps = 315964800;  // 1980-01-06 00:00:00 UTC
+    if (lost_at_) return kFirstDayOfGps + (now - *lost_at_) / kSecond;
     return base_seconds_ + (now - base_at_) / kSecond;
 }
 

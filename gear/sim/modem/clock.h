@@ -18,6 +18,9 @@ class Clock {
     // `unix_seconds` is the time at the caller's instant `now`.
     void Set(std::int64_t unix_seconds, Micros now);
     void Shift(std::int64_t seconds) { base_seconds_ += seconds; }
+    // After power-on it shows the first day of GPS time, until the network has told the time.
+    void Lose(Micros now) { lost_at_ = now; }
+    void HearTheTime() { lost_at_.reset(); }
     void SetZone(int quarters) { zone_quarters_ = quarters; }  // quarters of an hour east of UTC
     int Zone() const { return zone_quarters_; }
 
@@ -32,6 +35,7 @@ class Clock {
     std::int64_t base_seconds_ = 1773479700;  // 2026-03-14 09:15:00 UTC
     Micros base_at_ = 0;
     int zone_quarters_ = 0;
+    std::optional<Micros> lost_at_;
 };
 
 CivilTime ToCivil(std::int64_t unix_seconds);

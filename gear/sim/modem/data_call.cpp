@@ -121,9 +121,12 @@ const char* DataCall::StateText() const {
     return "unknown";
 }
 
+Micros DataCall::Length(Micros now) const {
+    return phase_ == Phase::kUp ? now - up_since_ : last_length_;
+}
+
 std::string DataCall::Duration(Micros now) const {
-    const Micros length = phase_ == Phase::kUp ? now - up_since_ : last_length_;
-    const auto seconds = length / kSecond;
+    const auto seconds = Length(now) / kSecond;
     return Print("%02lld:%02lld:%02lld", static_cast<long long>(seconds / 3600),
                  static_cast<long long>(seconds / 60 % 60), static_cast<long long>(seconds % 60));
 }

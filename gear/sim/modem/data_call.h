@@ -48,7 +48,8 @@ class DataCall {
     const char* StateText() const;  // "CONNECTED", "DISCONNECTED", ..., or "unknown"
     int Result() const { return result_; }
     int EndReason() const { return end_reason_; }
-    std::string Duration(Micros now) const;  // "hh:mm:ss" of the current or the last call
+    Micros Length(Micros now) const;         // of the current or the last call
+    std::string Duration(Micros now) const;  // the same as "hh:mm:ss"
 
   private:
     void ComeUp(Micros now);

@@ -14,10 +14,14 @@ constexpr char kBackspace = '\b';
 constexpr std::size_t kLongestText = 2048;
 
 constexpr std::pair<int, const char*> kCmeTexts[] = {
-    {3, "operation not allowed"}, {4, "operation not supported"},
-    {10, "SIM not inserted"},     {11, "SIM PIN required"},
-    {16, "incorrect password"},   {30, "no network service"},
-    {50, "incorrect parameters"}, {100, "unknown"},
+    {3, "operation not allowed"},
+    {4, "operation not supported"},
+    {10, "SIM not inserted"},
+    {11, "SIM PIN required"},
+    {14, "SIM busy"},
+    {30, "no network service"},
+    {50, "incorrect parameters"},
+    {100, "unknown"},
 };
 
 const char* CmeText(int code) {
@@ -71,7 +75,8 @@ std::string Frame(const Reply& reply, const Modes& modes) {
     std::string bytes;
     if (!reply.info.empty()) bytes = "\r\n" + reply.info + "\r\n";
     if (reply.result.empty()) return bytes;
-    return bytes + "\r\n" + ResultText(reply.result, modes) + "\r\n";
+    if (!reply.tight) bytes += "\r\n";
+    return bytes + ResultText(reply.result, modes) + "\r\n";
 }
 
 std::string FrameUnsolicited(std::string_view line) {

@@ -14,8 +14,10 @@ struct Reply {
     std::string info;           // lines separated by CR LF, without line ends around them
     std::string result = "OK";  // empty: none
     Micros delay = 5 * kMillisecond;
-    bool prompt = false;  // ask for a message body instead of giving a result
-    bool raw = false;     // `info` goes out exactly as it is, and nothing else
+    bool prompt = false;   // ask for a message body instead of giving a result
+    bool is_list = false;  // may come in pieces
+    bool tight = false;    // no empty line before the result
+    bool raw = false;      // `info` goes out exactly as it is, and nothing else
 };
 
 Reply Ok();

@@ -2,6 +2,7 @@
 
 #include <iterator>
 
+#include "sim/modem/listing.h"
 #include "sim/modem/pdu.h"
 
 namespace sim {
@@ -41,27 +42,6 @@ std::string WantedState(const State& state, const Command& command) {
     return known ? kStateNames[*number] : "";
 }
 
-Pdu PduOf(const State& state, const StoredSms& message) {
-    return DeliverPdu(message, state.Setting("service-centre"));
-}
-
-std::string ListEntry(const State& state, int index) {
-    if (state.modes.cmgf == 1) return state.sms.ListEntry(index);
-    const StoredSms& message = *state.sms.Find(index);
-    const Pdu pdu = PduOf(state, message);
-    return Print("+CMGL: %d,%d,,%d\r\n", index, static_cast<int>(message.state), pdu.length) +
-           pdu.hex;
-}
-
-std::string ReadEntry(const State& state, const StoredSms& message) {
-    if (state.modes.cmgf == 1) {
-        return std::string("+CMGR: \"") + SmsStateName(message.state) + "\",\"" + message.number +
-               "\",,\"" + message.stamp + "\"\r\n" + message.text;
-    }
-    const Pdu pdu = PduOf(state, message);
-    return Print("+CMGR: %d,,%d\r\n", static_cast<int>(message.state), pdu.length) + pdu.hex;
-}
-
 Reply Prompt(State& state, Draft draft) {
     state.draft = std::move(draft);
     Reply reply = Ok();
@@ -99,10 +79,13 @@ std::optional<Reply> HandleMessageList(State& state, const Command& command) {
     std::string list;
     for (const int index : *indexes) {
         if (!list.empty()) list += "\r\n";
-        list += ListEntry(state, index);
+        list += ListingEntry(state, index);
         state.sms.MarkRead(index);
     }
-    return Slowly(Info(list), 50 * kMillisecond);
+    Reply reply = Slowly(Info(list), 50 * kMillisecond);
+    reply.is_list = true;
+    reply.tight = state.Setting("form.listing") == "tight-end";
+    return reply;
 }
 
 std::optional<Reply> HandleMessageRead(State& state, const Command& command) {
@@ -111,7 +94,7 @@ std::optional<Reply> HandleMessageRead(State& state, const Command& command) {
     const auto index = command.Number(0, 0);
     const StoredSms* message = index ? state.sms.Find(*index) : nullptr;
     if (message == nullptr) return CmsError(kCmsBadIndex);
-    const std::string text = ReadEntry(state, *message);
+    const std::string text = ReadingEntry(state, *message);
     state.sms.MarkRead(*index);
     return Info(text);
 }
@@ -122,6 +105,8 @@ std::optional<Reply> HandleMessageDelete(State& state, const Command& command) {
     const auto index = command.Number(0, 0);
     const auto flag = command.Number(1, 0);
     if (!index || !flag || *flag < 0 || *flag > 4) return CmsError(kCmsBadTextParameter);
+    const bool refuses_flags = state.Setting("form.delete") == "index-only";
+    if (refuses_flags && command.parameters.size() > 1) return CmsError(kCmsUnknown);
     if (!state.sms.Delete(*index, *flag)) return CmsError(kCmsBadIndex);
     return Slowly(Ok(), 20 * kMillisecond);
 }

@@ -21,7 +21,13 @@ constexpr const char* kBodyKey = "<BODY>";
 }  // namespace
 
 Modem::Modem(Profile profile, std::uint64_t seed)
-    : profile_(std::move(profile)), drive_(profile_.drive), noise_(seed) {
+    : profile_(std::move(profile)),
+      drive_(profile_.drive),
+      pacer_(seed),
+      chatter_(seed + 1),
+      boot_(seed + 2),
+      pauses_(seed + 3),
+      noise_(seed) {
     state_.settings = profile_.settings;
     state_.contexts = profile_.contexts;
     state_.seed = seed;
@@ -72,11 +78,15 @@ void Modem::ReceiveSms(const std::string& from, const std::string& text) {
 }
 
 void Modem::SendUnsolicited(std::string_view line) {
+    SendUnasked(FrameUnsolicited(line));
+}
+
+void Modem::SendUnasked(std::string_view bytes) {
     const bool in_message = reader_.InBody() || (pending_ && pending_->body_follows);
     if (in_message) {
-        held_ += FrameUnsolicited(line);
+        held_ += bytes;
     } else {
-        Send(FrameUnsolicited(line));
+        Send(bytes);
     }
 }
 
@@ -88,6 +98,23 @@ void Modem::MakeNoise(int bytes) {
 
 void Modem::FallSilent(Micros length) {
     silent_until_ = state_.now + length;
+}
+
+void Modem::Restart(Micros length) {
+    PowerOn();
+    state_.modes.cmee = 1;
+    state_.clock.Lose(state_.now);
+    state_.radio.Register(Registration::kSearching);
+    boot_.Start(state_.now, length);
+    FallSilent(boot_.Next() - state_.now);
+}
+
+void Modem::StepBoot() {
+    for (const std::string& line : boot_.Step()) SendUnsolicited(line);
+    if (boot_.GetPhase() != Boot::Phase::kDone) return;
+    state_.clock.HearTheTime();
+    state_.radio.Register(Registration::kHome);
+    Changed();
 }
 
 void Modem::Unplug() {
@@ -113,6 +140,9 @@ void Modem::ApplySettings() {
     state_.prompt_delay =
         ParseDuration(state_.Setting("prompt-delay")).value_or(state_.prompt_delay);
     state_.send_delay = ParseDuration(state_.Setting("send-delay")).value_or(state_.send_delay);
+    pacer_.Set(ReadPace(state_.Setting("pace")).value_or(Pace::kPolite));
+    chatter_.SetGap(ParseDuration(state_.Setting("unasked")).value_or(0), state_.now);
+    doubled_echo_ = state_.Setting("form.echo") == "doubled";
 }
 
 void Modem::Start(Micros now) {
@@ -125,7 +155,8 @@ void Modem::Start(Micros now) {
 }
 
 Micros Modem::NextChange() const {
-    const Micros next = std::min(state_.call.Next(), drive_.Next());
+    const Micros next =
+        std::min({state_.call.Next(), drive_.Next(), chatter_.Next(), boot_.Next()});
     return pending_ ? std::min(next, pending_->at) : next;
 }
 
@@ -142,6 +173,8 @@ void Modem::RunDue() {
     if (pending_ && pending_->at <= state_.now) FinishPending();
     if (state_.call.Next() <= state_.now) state_.call.Run(state_.now);
     if (drive_.Next() <= state_.now) RunDriveStep(drive_.Take(state_.now));
+    if (boot_.Next() <= state_.now) StepBoot();
+    if (chatter_.Next() <= state_.now) SendUnasked(chatter_.Take(state_));
 }
 
 void Modem::ReadInput() {
@@ -150,6 +183,7 @@ void Modem::ReadInput() {
     while (!pending_ && used < input_.size()) {
         echo.clear();
         const LineReader::Event event = reader_.Take(input_[used++], &echo);
+        if (doubled_echo_ && echo == "\r") echo = "\r\r\n";
         if (state_.modes.echo) Send(echo);
         switch (event) {
             case LineReader::Event::kNothing:
@@ -172,33 +206,59 @@ void Modem::TakeLine(const std::string& line) {
     if (Silent()) return;
     const std::string command = NormaliseCommand(line);
     if (StartsWith(command, "AT")) {
-        Begin(ReplyToLine(command));
+        Begin(command, ReplyToLine(command));
     } else if (const auto reply = overrides_.Take(command)) {
-        Begin(*reply);
+        Begin(command, *reply);
     }
 }
 
 void Modem::TakeBody(LineReader::Event event) {
     if (Silent()) return;
     if (event == LineReader::Event::kCancelled) {
-        Begin(Ok());
+        Begin("AT", Ok());  // as quick as any command
     } else if (const auto reply = overrides_.Take(kBodyKey)) {
-        Begin(*reply);
+        Begin("", *reply);
     } else {
-        Begin(FinishMessage(state_, reader_.Text()));
+        Begin("", FinishMessage(state_, reader_.Text()));
     }
 }
 
-void Modem::Begin(const Reply& reply) {
-    pending_ = Pending{state_.now + reply.delay, Frame(reply, state_.modes), reply.prompt};
+void Modem::Begin(const std::string& command, const Reply& reply) {
+    pending_ = Pending{state_.now + pacer_.DelayOf(command, reply), PiecesOf(reply), reply.prompt};
+    if (!reply.prompt && chatter_.Interrupts()) Send(chatter_.Take(state_));
+}
+
+// A list is cut before each of its entries.
+std::deque<std::string> Modem::PiecesOf(const Reply& reply) const {
+    const std::string bytes = Frame(reply, state_.modes);
+    if (!reply.is_list || !state_.IsOn("pieces")) return {bytes};
+    const std::string entry = "\r\n" + reply.info.substr(0, reply.info.find(':') + 1);
+    std::deque<std::string> pieces;
+    std::size_t at = 0;
+    for (;;) {
+        const std::size_t next = bytes.find(entry, at + entry.size());
+        if (reply.info.empty() || next == bytes.npos) break;
+        pieces.push_back(bytes.substr(at, next + 2 - at));
+        at = next + 2;
+    }
+    pieces.push_back(bytes.substr(at));
+    return pieces;
 }
 
 void Modem::FinishPending() {
-    const Pending answer = std::move(*pending_);
+    constexpr Micros kShortestPause = 51 * kMillisecond;
+    constexpr Micros kLongestPause = 300 * kMillisecond;
+    Send(pending_->pieces.front());
+    pending_->pieces.pop_front();
+    if (!pending_->pieces.empty()) {
+        pending_->at = state_.now + pauses_.Between(kShortestPause, kLongestPause);
+        return;
+    }
+    const bool body_follows = pending_->body_follows;
     pending_.reset();
-    Send(answer.bytes);
-    if (answer.body_follows && !Silent()) {
+    if (body_follows && !Silent()) {
         reader_.ExpectBody();
+        if (!input_.empty() && pacer_.LosesEarlyText()) input_.clear();
     } else {
         Send(std::exchange(held_, {}));
     }
@@ -246,6 +306,7 @@ Reply Modem::ReplyOrError(const std::string& command) {
 
 std::optional<Reply> Modem::ReplyToCommand(const std::string& command) {
     if (auto reply = overrides_.Take(command)) return reply;
+    if (auto reply = boot_.Refuse(command)) return reply;
     if (auto reply = AnswerExactly(profile_, state_, command)) return reply;
     if (auto reply = RunBuiltIn(state_, command)) return reply;
     return AnswerByPattern(profile_, state_, command);

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <optional>
 #include <random>
@@ -12,9 +13,13 @@
 #include <vector>
 
 #include "sim/modem/announcements.h"
+#include "sim/modem/boot.h"
+#include "sim/modem/chance.h"
+#include "sim/modem/chatter.h"
 #include "sim/modem/dialogue.h"
 #include "sim/modem/drive.h"
 #include "sim/modem/overrides.h"
+#include "sim/modem/pace.h"
 #include "sim/modem/profile.h"
 #include "sim/modem/state.h"
 #include "sim/modem/text.h"
@@ -68,6 +73,7 @@ class Modem {
     void MakeNoise(int bytes);
     void FallSilent(Micros length);  // neither hears nor speaks
     bool Silent() const { return state_.now < silent_until_; }
+    void Restart(Micros length);  // as after power-on: it takes this long until all is there
     void Unplug();
     void Plug();
     Drive& GetDrive() { return drive_; }
@@ -98,8 +104,8 @@ class Modem {
   private:
     // The answer under way; the next command waits until it is out.
     struct Pending {
-        Micros at;
-        std::string bytes;
+        Micros at;                       // when the first piece is due
+        std::deque<std::string> pieces;  // more than one of a list that comes in pieces
         bool body_follows;
     };
 
@@ -110,11 +116,14 @@ class Modem {
     void ReadInput();
     void TakeLine(const std::string& line);
     void TakeBody(LineReader::Event event);
-    void Begin(const Reply& reply);
+    void Begin(const std::string& command, const Reply& reply);
+    std::deque<std::string> PiecesOf(const Reply& reply) const;
     void FinishPending();
     void Send(std::string_view bytes);
+    void SendUnasked(std::string_view bytes);  // at once, or behind a message under way
     void Hear(const std::string& line);
     void PowerOn();
+    void StepBoot();
 
     Reply ReplyToLine(const std::string& command);
     Reply ReplyOrError(const std::string& command);
@@ -126,9 +135,14 @@ class Modem {
     Overrides overrides_;
     Announcements announcements_;
     Drive drive_;
+    Pacer pacer_;
+    Chatter chatter_;
+    Boot boot_;
+    Chance pauses_;
     std::mt19937_64 noise_;
     bool started_ = false;
     bool plugged_ = true;
+    bool doubled_echo_ = false;
 
     std::string input_;  // bytes behind the command at work
     std::optional<Pending> pending_;

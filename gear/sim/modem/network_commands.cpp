@@ -17,6 +17,19 @@ int* ModeOf(State& state, const std::string& head) {
     return head == "+CGREG" ? &state.modes.cgreg : &state.modes.cereg;
 }
 
+// Behind "+CREG"; the forms are those that modems were seen to use.
+std::string RegistrationFields(int mode, const Radio& radio, bool with_cell,
+                               const std::string& form) {
+    const int stat = static_cast<int>(radio.registration);
+    if (form == "short") return Print(": %d", stat);
+    const char* const format = form == "blanks" ? ": %d, %d" : ": %d,%d";
+    const std::string fields = Print(format, mode, stat);
+    if (!with_cell) return fields;
+    if (form == "unquoted") return fields + Print(",%04X,%08X", radio.lac, radio.cell);
+    if (form == "blanks") return fields + Print(", \"%04X\", \"%08X\" ", radio.lac, radio.cell);
+    return fields + Print(",\"%04X\",\"%08X\"", radio.lac, radio.cell);
+}
+
 bool IsContextNumber(const std::optional<int>& number) {
     return number && *number >= 1 && *number <= 16;
 }
@@ -51,12 +64,9 @@ std::optional<Reply> HandleRegistrationMode(State& state, const Command& command
     const Radio& radio = state.radio;
     switch (command.form) {
         case Form::kRead: {
-            std::string line =
-                command.head + Print(": %d,%d", *mode, static_cast<int>(radio.registration));
-            if (*mode == 2 && radio.IsRegistered()) {
-                line += Print(",\"%04X\",\"%08X\"", radio.lac, radio.cell);
-            }
-            return Info(line);
+            const bool with_cell = *mode == 2 && radio.IsRegistered();
+            return Info(command.head +
+                        RegistrationFields(*mode, radio, with_cell, state.Setting("form.creg")));
         }
         case Form::kTest:
             return Info(command.head + ": (0-2)");
@@ -152,6 +162,7 @@ std::optional<Reply> HandleOperatorNames(State& state, const Command& command) {
         list += "\r\n" + OperatorLine(Print("999%03d", i), InventedOperator(i));
     }
     Reply reply = Info(list);
+    reply.is_list = true;
     reply.delay = ParseDuration(state.Setting("operators-delay")).value_or(600 * kMillisecond);
     return reply;
 }

@@ -169,9 +169,9 @@ class Reader {
     void SetCondition(const std::string& text) {
         const std::size_t equals = text.find('=');
         if (equals == text.npos || equals == 0) Fail("a condition reads NAME=VALUE");
-        Current().when_name = Trim(text.substr(0, equals));
-        Current().when_value = Trim(text.substr(equals + 1));
-        mentioned_.emplace_back(Current().when_name, Place());
+        const std::string name = Trim(text.substr(0, equals));
+        Current().when.emplace_back(name, Trim(text.substr(equals + 1)));
+        mentioned_.emplace_back(name, Place());
     }
 
     void SetDelay(const std::string& text) {

@@ -7,7 +7,8 @@
 //   context 1 IP internet            a PDP context: number, type, APN
 //   at 40s signal 12                 a step of the drive: time from its start, a control line
 //   > AT!GSTATUS?                    the host says (a '*' at the end: whatever follows)
-//   when access=lte                  only while this value or setting has this value
+//   when access=lte                  only while this value or setting has this value; of several
+//                                    lines all must hold
 //   delay 30ms                       the time before the answer; 5 ms when not given
 //   < System mode: LTE\tPS state: {ps}   the modem says, one line each
 //   < OK                             the final result; without one the command ends in silence
@@ -29,8 +30,7 @@ namespace sim {
 constexpr Micros kUsualDelay = 5 * kMillisecond;
 
 struct ScriptedAnswer {
-    std::string when_name;  // empty: always
-    std::string when_value;
+    std::vector<std::pair<std::string, std::string>> when;  // name and value; all must hold
     Micros delay = kUsualDelay;
     std::vector<std::string> lines;  // information text, with values in braces
     std::string result;              // "OK", "ERROR", "+CME ERROR: 3"; empty: none

@@ -78,14 +78,6 @@ int SmsStore::Used() const {
         std::count_if(places_.begin(), places_.end(), [](const auto& p) { return p.has_value(); }));
 }
 
-std::string SmsStore::ListEntry(int index) const {
-    const StoredSms& message = *Find(index);
-    const std::string line = "+CMGL: " + std::to_string(index) + ",\"" +
-                             SmsStateName(message.state) + "\",\"" + message.number + "\",,\"" +
-                             message.stamp + "\"";
-    return line + "\r\n" + message.text;
-}
-
 int SmsStore::Place(StoredSms message) {
     const auto free = std::find(places_.begin(), places_.end(), std::nullopt);
     *free = std::move(message);

@@ -19,6 +19,7 @@ constexpr int kCmsNoSim = 310;
 constexpr int kCmsSimPin = 311;
 constexpr int kCmsBadIndex = 321;
 constexpr int kCmsNoNetwork = 331;
+constexpr int kCmsUnknown = 500;
 
 struct SentSms {
     std::string to;
@@ -58,9 +59,6 @@ class SmsStore {
     int Used() const;
     bool Full() const { return Used() == Capacity(); }
     std::size_t Waiting() const { return waiting_.size(); }
-
-    // In text mode: one line "+CMGL: ..." and the body behind it.
-    std::string ListEntry(int index) const;
 
   private:
     int Place(StoredSms message);

@@ -109,11 +109,18 @@ constexpr Row kRows[] = {
      [](const State& s) {
          return std::string(s.call.Result() == kQmiSuccess ? "Success" : "Failure");
      }},
+    {"call-result-name",
+     [](const State& s) {
+         return std::string(s.call.Result() == kQmiSuccess
+                                ? "QMI_RESULT_SUCCESS:QMI_ERR_NONE"
+                                : "QMI_RESULT_FAILURE:QMI_ERR_CALL_FAILED");
+     }},
     {"call-end-reason",
      [](const State& s) {
          return s.call.EndReason() == 0 ? std::string() : Number(s.call.EndReason());
      }},
     {"call-duration", [](const State& s) { return s.call.Duration(s.now); }},
+    {"call-seconds", [](const State& s) { return std::to_string(s.call.Length(s.now) / kSecond); }},
     // clock
     {"stamp", [](const State& s) { return s.clock.Stamp(s.now); }},
     {"date-dots", [](const State& s) { return Date(s.clock.Local(s.now), "%d.%02d.%02d"); }},

@@ -62,6 +62,52 @@ delay 10ms
 < OK
 
 > AT!GSTATUS?
+when form.page=low-power
+delay 25ms
+< !GSTATUS:
+< Current Time:  {uptime}\t\tTemperature: {temperature}
+< Bootup Time:   6\t\tMode:        LOW POWER MODE
+< OK
+
+> AT!GSTATUS?
+when form.page=carrier
+when access=lte
+delay 25ms
+< !GSTATUS:
+< Current Time:  {uptime}\t\tTemperature: {temperature}
+< Bootup Time:   6\t\tMode:        ONLINE
+< System mode:   LTE\t\tPS state:    Attached
+< LTE band:      B17\t\tLTE bw:      10 MHz
+< LTE Rx chan:   5790\t\tLTE Tx chan: 23790
+< EMM state:     Registered\tNormal Service
+< RRC state:     RRC Idle
+< IMS reg state: No Srv
+<
+< RSSI (dBm):    {rssi}\t\tTx Power:    0
+< RSRP (dBm):    {rsrp}\t\tTAC:         {lac} ({lac-decimal})
+< RSRQ (dB):     {rsrq}\t\tCell ID:     {cell} ({cell-decimal})
+< SINR (dB):     {ecio}
+< OK
+
+> AT!GSTATUS?
+when form.page=carrier
+when in-service=1
+delay 25ms
+< !GSTATUS:
+< Current Time:  {uptime}\t\tTemperature: {temperature}
+< Bootup Time:   6\t\tMode:        ONLINE
+< System mode:   WCDMA\t\tPS state:    Attached
+< WCDMA band:    WCDMA1900
+< WCDMA channel: 9662
+< GMM (PS) state:REGISTERED\tNORMAL SERVICE
+< MM (CS) state: IDLE\tNORMAL SERVICE
+<
+< WCDMA L1 state:L1M_FACH\tRRC state:   CELL_FACH
+< RX level Carrier 0 (dBm): {rssi}\tLAC:         {lac} ({lac-decimal})
+< RX level Carrier 1 (dBm): --\tCell ID:     {cell} ({cell-decimal})
+< OK
+
+> AT!GSTATUS?
 when access=lte
 delay 25ms
 < !GSTATUS:

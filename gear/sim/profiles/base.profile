@@ -29,6 +29,13 @@ service.lte = LTE
 temperature-base = 36
 timezone = 0
 
+# What answers look like; the control word "form" knows the others.
+form.cnum = usual
+form.cind = usual
+form.page = usual
+form.qmi = usual
+form.simstat = usual
+
 context 1 IP internet
 
 > AT+CSQ
@@ -36,6 +43,11 @@ context 1 IP internet
 < OK
 
 # Signal is the second of eight: battery, signal, service, message, call, sound, roaming, store full.
+# With the strength of the signal, 0 to 5, behind all others.
+> AT+CIND?
+when form.cind=last
+< +CIND: 5,99,{in-service},0,{sms-unread},0,{roaming},{sms-full},{indicator}
+< OK
 > AT+CIND?
 < +CIND: 5,{indicator},{in-service},{sms-unread},0,0,{roaming},{sms-full}
 < OK
@@ -62,6 +74,18 @@ when sim=locked
 > AT+CIMI
 < +CME ERROR: 10
 
+> AT+CNUM
+when sim=ready
+when form.cnum=no-name
+delay 20ms
+< +CNUM: ,"{mdn}",129
+< OK
+> AT+CNUM
+when sim=ready
+when form.cnum=plus
+delay 20ms
+< +CNUM: "","+1{mdn}",145
+< OK
 > AT+CNUM
 when sim=ready
 delay 20ms

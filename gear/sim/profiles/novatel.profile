@@ -20,6 +20,14 @@ context 2 IPV4V6 admin
 context 3 IPV4V6 internet
 
 > AT$NWQMISTATUS
+when form.qmi=names
+delay 80ms
+< $NWQMISTATUS: {call-result-name}
+< \tQMI State: {call-state}
+< \tCall End Reason:{call-end-reason}
+< \tCall Duration: {call-seconds} seconds
+< OK
+> AT$NWQMISTATUS
 delay 80ms
 < $NWQMISTATUS: {call-result-word}: {call-result}
 < QMI State: {call-state}
@@ -27,6 +35,12 @@ delay 80ms
 < Call Duration: {call-duration}
 < OK
 
+> AT$QCSIMSTAT?
+when sim=ready
+when form.simstat=tight
+delay 20ms
+< $QCSIMSTAT: 0,SIM INIT COMPLETED
+< OK
 > AT$QCSIMSTAT?
 when sim=ready
 delay 20ms

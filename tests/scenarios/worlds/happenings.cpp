@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "scenarios/worlds/modem_moods.h"
 #include "scenarios/worlds/random_world.h"
 #include "scenarios/worlds/status_files.h"
 
@@ -168,18 +169,6 @@ void AnswerStrangelyForAWhile(RandomWorld& world) {
     const std::string command = dice.OneOf(CommandsOf(world.GetPlan().card));
     world.modem.Answer(command, Spoilt(dice, world.HonestAnswer(command)));
     world.clock.After(dice.Between(10s, 10min), [&world, command] { world.modem.Forget(command); });
-}
-
-void AnswerLate(RandomWorld& world) {
-    Dice& dice = world.GetDice();
-    const std::string command = dice.OneOf(CommandsOf(world.GetPlan().card));
-    const auto delay = dice.Between(200ms, dice.Chance(20) ? 40s : 3s);
-    world.modem.AnswerOnce(command, world.HonestAnswer(command), delay);
-}
-
-void CutThePower(RandomWorld& world) {
-    world.Tell("unplug");
-    world.clock.After(world.GetDice().Between(1s, 2min), [&world] { world.Tell("plug"); });
 }
 
 // --- The router ----------------------------------------------------------------------------------
@@ -378,6 +367,11 @@ const std::vector<Happening>& Happenings() {
         {"answers stay strange", 5min, AnswerStrangelyForAWhile},
         {"an answer is late", 1min, AnswerLate},
         {"the modem loses power", 30min, CutThePower},
+        {"the modem's pace changes", 10min, ChangePace},
+        {"lists come in pieces", 10min, CutListsIntoPieces},
+        {"the modem becomes talkative", 10min, BecomeTalkative},
+        {"the modem restarts", 20min, Restart},
+        {"an answer takes another form", 2min, ChangeAForm},
         {"the PPP file changes", 5min, ChangeThePppFile},
         {"the provisioning file changes", 10min, ChangeTheProvisioningFile},
         {"PPP errors are counted", 5min, CountPppErrors},

@@ -196,7 +196,8 @@ TEST(Control, HelpNamesEveryWordOfTheLanguage) {
           "call",   "drop-call", "connect-fails", "call-lasts", "unknown", "no-address",
           "sms",    "sms-fails", "store",         "clock",      "silence", "garbage",
           "unplug", "plug",      "say",           "answer",     "forget",  "drive",
-          "echo",   "set",       "status",        "heard",      "sent",    "help"}) {
+          "echo",   "set",       "status",        "heard",      "sent",    "help",
+          "pace",   "pieces",    "unasked",       "restart",    "form"}) {
         EXPECT_THAT(help, HasSubstr(std::string("\n  ") + word + " "));
     }
 }

@@ -78,11 +78,4 @@ TEST(SmsStore, MessagesWaitInTheNetworkWhileItIsFull) {
     EXPECT_EQ(store.Waiting(), 0u);
 }
 
-TEST(SmsStore, AListEntryHasSixFieldsAndTheBody) {
-    SmsStore store;
-    store.Deliver(Message(SmsState::kUnread, "Hello"));
-    EXPECT_EQ(store.ListEntry(1),
-              "+CMGL: 1,\"REC UNREAD\",\"+12015550100\",,\"26/03/14,09:15:02+00\"\r\nHello");
-}
-
 }  // namespace
