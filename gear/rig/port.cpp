@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 #include <termios.h>
 
+#include <algorithm>
+#include <cstring>
+
 #include "rig/copy_text.h"
 
 namespace rig {
@@ -44,13 +47,14 @@ void Port::Repair() {
 void Port::Deliver(const std::string& bytes) {
     if (bytes.empty() || !open_ || memory_.unplugged != 0) return;
     trace_.Add({memory_.now, Kind::kAnswer, 0, bytes});
-    for (const char byte : bytes) {
-        if (memory_.receive_tail - memory_.receive_head == kReceiveSize) {
-            ADD_FAILURE() << "the modem sent more than the rig can hold";
-            return;
-        }
-        memory_.receive[memory_.receive_tail++ % kReceiveSize] = byte;
-    }
+    const std::size_t room = kReceiveSize - (memory_.receive_tail - memory_.receive_head);
+    if (bytes.size() > room) ADD_FAILURE() << "the modem sent more than the rig can hold";
+    const std::size_t size = std::min(bytes.size(), room);
+    const std::size_t place = memory_.receive_tail % kReceiveSize;
+    const std::size_t before_the_end = std::min(size, kReceiveSize - place);
+    std::memcpy(memory_.receive + place, bytes.data(), before_the_end);
+    std::memcpy(memory_.receive, bytes.data() + before_the_end, size - before_the_end);
+    memory_.receive_tail += size;
 }
 
 void Port::Open(const std::string& path) {
