@@ -18,14 +18,15 @@ class BootWithoutAModem(unittest.TestCase):
 
 
 class StopInACall(unittest.TestCase):
-    def test_the_lease_is_given_back(self):
+    def test_the_call_is_ended(self):
         with SupervisedRouter("sysv", "E362",
                               {"default/modemd": settings(CARD="E362")}) as router:
             router.wait_for_link()
-            released = router.dhcp("DHCPRELEASE")
             router.run("/etc/init.d/modemd", "stop")
             self.assertEqual(router.addresses(), [])
-            router.wait_for(lambda: router.dhcp("DHCPRELEASE") > released, "the release")
+            self.assertFalse(router.link_is_up())
+            router.wait_for(lambda: not router.dhcp_client(), "the DHCP client's end")
+            self.assertIn("AT$NWQMIDISCONNECT", router.heard()[-1])
 
 
 if __name__ == "__main__":

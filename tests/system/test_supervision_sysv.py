@@ -2,7 +2,8 @@
 
 import unittest
 
-from supervised_life import SupervisedLife
+from supervised_life import SupervisedLife, settings
+from supervised_router import SupervisedRouter
 
 
 class SysvLife(SupervisedLife, unittest.TestCase):
@@ -31,6 +32,19 @@ class SysvLife(SupervisedLife, unittest.TestCase):
         self.router.run("/sbin/telinit", "6")
         self.router.wait_for_log("exit", times=ends + 1)
         self.router.wait_for(lambda: not self.router.daemon(), "the end")
+
+
+class StopInThePause(unittest.TestCase):
+    def test_the_keeper_ends_at_once(self):
+        with SupervisedRouter("sysv", "881",
+                              {"default/modemd": settings(PAUSE=100000)}) as router:
+            router.wait_for_work()
+            router.shell(f"kill -KILL {router.daemon()}")
+            router.wait_for(lambda: "to be started again" in
+                            router.run("/etc/init.d/modemd", "status", check=False), "the pause")
+            router.run("/etc/init.d/modemd", "stop")
+            self.assertEqual(router.shell("pidof sleep modemd || true"), "")
+            self.assertFalse(router.exists("/var/run/modemd-keeper.pid"))
 
 
 if __name__ == "__main__":
