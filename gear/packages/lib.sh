@@ -46,8 +46,8 @@ maker_package() {
 of_mipsel() {
     local file
     for file in "$@"; do
-        readelf -h "$file" | grep -q 'Machine: *MIPS' || return 1
-        readelf -h "$file" | grep -q 'little endian' || return 1
+        readelf -h "$file" | grep 'Machine: *MIPS' >/dev/null || return 1
+        readelf -h "$file" | grep 'little endian' >/dev/null || return 1
     done
 }
 
