@@ -4,10 +4,12 @@ import argparse
 import concurrent.futures
 import itertools
 import os
+import resource
 import sys
 import time
 
 import worlds
+import years
 
 DAY = 86400
 LINE_EVERY = 10  # seconds between two lines of progress where there is no terminal
@@ -21,6 +23,9 @@ def read_options():
     parser.add_argument("--world", default="*")
     parser.add_argument("--longest", type=int)
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
+    parser.add_argument("--steady", type=int)
+    parser.add_argument("--card")
+    parser.add_argument("--write", action="store_true")
     options = parser.parse_args()
     if options.days is None and options.seeds is None:
         options.days = 10.0
@@ -69,6 +74,22 @@ class Progress:
               end="" if terminal and not finished else "\n", flush=True)
 
 
+def tell_the_cost(progress):
+    """What a year would take on a machine that has nothing else to do."""
+    used = resource.getrusage(resource.RUSAGE_CHILDREN)
+    rate = progress.lived / (used.ru_utime + used.ru_stime)
+    print(f"{rate / 3600:.1f} simulated h for each second of a processor: a year in"
+          f" {365 * DAY / rate / 60:.0f} minutes of one")
+
+
+def tell_of_steady_life(options):
+    text = years.tables(years.measure(options.steady, options.card))
+    if options.write:
+        years.renew(text)
+    else:
+        print(text, end="")
+
+
 def live_through(options, progress):
     """Yields (seed, number of the world) of each failure."""
     seeds = itertools.count(options.first)
@@ -99,14 +120,17 @@ def live_through(options, progress):
 
 def main():
     options = read_options()
+    if options.steady:
+        return tell_of_steady_life(options)
     progress = Progress(options)
     print(f"worlds of the seeds from {options.first} on, {options.jobs} at a time", flush=True)
     failures = list(live_through(options, progress))
     progress.show(finished=True)
+    tell_the_cost(progress)
     for seed, number in failures:
         print("\n".join(worlds.make_smaller(seed, number, options.longest).lines()), flush=True)
-    sys.exit(1 if failures else 0)
+    return 1 if failures else 0
 
 
 if __name__ == "__main__":
-    main()
+    sys.exit(main())

@@ -13,6 +13,7 @@ from router_sandbox import BUILD, PROJECT
 
 sys.path.insert(0, str(PROJECT / "gear" / "endurance"))
 
+import years  # pylint: disable=wrong-import-position
 from shrink import smallest  # pylint: disable=wrong-import-position
 
 SEED = "7"
@@ -57,11 +58,45 @@ class Shrinking(unittest.TestCase):
         self.assertLess(len(asked), 120)
 
 
+class SteadyLife(unittest.TestCase):
+    """What bench_year measures, and the page that is made of it."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.text = subprocess.run([str(BUILD / "gear" / "bench" / "bench_year"), "3", "881"],
+                                  check=True, capture_output=True, text=True).stdout
+        cls.lives = years.read(cls.text)
+
+    def test_nothing_grows_from_day_to_day(self):
+        for life in self.lives.values():
+            for key in ("memory_kib", "descriptors"):
+                self.assertGreater(life[f"first.{key}"], 0)
+                self.assertEqual(life[f"last.{key}"], life[f"first.{key}"], key)
+            # A long text has a block of its own, a short one none.
+            self.assertLess(life["last.blocks"], life["first.blocks"] + 8)
+
+    def test_the_tables_hold_what_was_measured(self):
+        tables = years.tables(self.lives)
+        idle = self.lives["881", "idle"]
+        writes, size = (idle[f"/var/log/wireless.cardstats.{what}"] for what in ("writes", "bytes"))
+        self.assertGreater(writes, 86400 / 20)
+        self.assertIn(f"| `/var/log/wireless.cardstats` | {writes:,}, {size / 1000:,.1f} |", tables)
+        self.assertIn("At the end of day 1 and of day 3:", tables)
+
+    def test_the_page_has_a_row_for_each_card(self):
+        page = years.DOCUMENT.read_text()
+        self.assertEqual(page.count(years.BEGIN) + page.count(years.END), 2)
+        for card in ("generic", "881", "E362", "E371", "USB305", "mc75i"):
+            for load in years.LOADS:
+                self.assertIn(f"\n| {card} | {load} | ", page)
+
+
 class Worlds(unittest.TestCase):
     def test_a_sample_is_lived_and_told(self):
         done = endure("--longest", "10")
         self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
-        last = done.stdout.splitlines()[-1]
+        *_, last, cost = done.stdout.splitlines()
+        self.assertRegex(cost, r"simulated h for each second of a processor: a year in \d+ minutes")
         self.assertRegex(last, r"^1 seeds, 0\.1 simulated days, .* h a second, 0 s left, 0 failures$")
 
     def test_a_world_that_fails_is_made_smaller_and_can_be_replayed(self):
