@@ -6,6 +6,9 @@ namespace capture {
 
 namespace {
 
+// No long number, in pieces or not, and no address up to the next quote.
+#define NO_NUMBER "(?![^\"]*(?:[0-9]{6}|[0-9]{3}-[0-9]{3}|[0-9][.][0-9]+[.][0-9]+[.][0-9]))"
+
 // What stands in a row for a part of a line. Nobody's:
 struct Name {
     const char* name;
@@ -14,13 +17,14 @@ struct Name {
 constexpr Name kNames[] = {
     {"n", "-?[0-9.]{1,6}"},
     {"ns", "-?[0-9.]{1,6}(?:, ?-?[0-9.]{1,6})*"},
-    {"stamp", "[0-9/,:.+-]{0,25}"},
+    {"stamp", "(?![^\"]*[0-9]{5})[0-9/,:.+-]{0,25}"},
     {"word", "[A-Za-z0-9/+-]{1,20}"},
-    {"words", "(?![^\"]*[0-9]{5})[A-Za-z0-9/+:,. -]{1,60}"},
-    {"operator", "(?![^\"]*[0-9]{5})[ !#-~]{1,40}"},
+    {"words", NO_NUMBER "[A-Za-z0-9/+:,. -]{1,60}"},
+    {"operator", NO_NUMBER "[ !#-~]{1,40}"},
     {"network", "[0-9]{3} ?[0-9]{2,3}"},
     {"model", "(?![^\"]*[0-9]{9})[ !#-~]{1,60}"},
-    {"page", "(?!.*(?:LAC|TAC|[Cc]ell ID|Serving|IMEI|IMSI|ICCID|[0-9]{7}))[\t !#-?A-~]{1,100}"},
+    {"page", NO_NUMBER "(?!.*(?:LAC|TAC|[Cc]ell ID|Serving|IMEI|IMSI|ICCID|MDN|[Nn]umber))"
+                       "[\t !#-?A-~]{1,100}"},
     {"column", "(?:(?!.*[0-9]{7}[^0-9]*:)[^:\"]{1,20}:[^:\"]{0,30}[\t ])?"},
 };
 // And somebody's:
@@ -30,7 +34,7 @@ struct Identity {
     Held held;
 };
 constexpr Identity kIdentities[] = {
-    {"serial", "([0-9A-Fa-f-]{8,20})", Held::kSerial},
+    {"serial", "(?:0x)?([0-9A-Fa-f-]{8,20})", Held::kSerial},
     {"sim", "([0-9]{18,20})F?", Held::kSimCard},
     {"subscriber", "([0-9]{6,15})", Held::kSubscriber},
     {"number", "([^\"]*)", Held::kNumber},
@@ -47,7 +51,7 @@ constexpr Identity kIdentities[] = {
 struct Row {
     const char* command;  // "" for any
     const char* line;
-    bool text_follows = false;
+    int text_lines = 0;
 };
 
 constexpr Row kAnswers[] = {
@@ -72,6 +76,7 @@ constexpr Row kAnswers[] = {
 
     // The status page and the cell information of the Sierra modems.
     {"", R"(<column>(?:LAC|TAC|Cell ID|Serving Cell): <hex> \(<decimal>\))"},
+    {"AT!GSTATUS\\?", "(?:Current|Bootup) Time: [0-9]* (?:<page>)?"},  // seconds
     {"AT!GSTATUS\\?", "<page>"},
     {"AT!GSMINFO\\?", "No service"},
 
@@ -100,8 +105,8 @@ constexpr Row kAnswers[] = {
     {"", "(?:QMI State|Call End Reason|Call Duration): (?:<words>)?"},
 
     // Messages.
-    {"", R"(\+CMGL: <n>,'<words>','<number>',(?:'<text>')?,'<stamp>'(?:,<n>)*)", true},
-    {"", R"(\+CMT: '<number>',(?:'<text>')?,'<stamp>'(?:,<n>)*)", true},
+    {"", R"(\+CMGL: <n>,'<words>','<number>',(?:'<text>')?,'<stamp>'(?:,<n>)*)", kManyLines},
+    {"", R"(\+CMT: '<number>',(?:'<text>')?,'<stamp>'(?:,<n>)*)", 1},
     {"", R"(\+CMTI: '<word>',<n>)"},
     {"", R"((?:> )?\+CMG[SW]: <n>)"},
     {"", R"(\+CMGF: <n>)"},
@@ -147,7 +152,7 @@ LineForm FormOf(const Row& row) {
     form.line = std::regex(pattern, kOptions);
     form.command =
         std::regex(*row.command != '\0' ? row.command : "[^]*", kOptions | std::regex::icase);
-    form.text_follows = row.text_follows;
+    form.text_lines = row.text_lines;
     return form;
 }
 

@@ -23,8 +23,10 @@ struct LineForm {
     std::regex command;       // whose answer it is
     std::regex line;          // the whole of it
     std::vector<Held> holds;  // one for each group
-    bool text_follows;        // the lines behind it are a message
+    int text_lines;           // so many lines behind it are a message
 };
+
+constexpr int kManyLines = 1 << 20;  // until the next header or the result
 
 // The first that fits counts.
 const std::vector<LineForm>& AnswerForms();

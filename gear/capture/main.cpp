@@ -1,8 +1,6 @@
 // capture: turns the daemon's log at debug level 4 into a story that can be replayed.
 
-#include <unistd.h>
-
-#include <cstdio>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>

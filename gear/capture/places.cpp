@@ -134,7 +134,7 @@ std::string Placer::ReplaceBody(const std::string& body) {
 // Line by line over all that was said, however it was cut into pieces on its way.
 void Placer::ReplaceAnswer(Exchange& exchange, const Source& source, const std::string& command) {
     std::string text = exchange.Text();
-    message_follows_ = false;
+    message_lines_ = 0;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = LineEnd(text, at);
         if (end == at) {
@@ -163,16 +163,19 @@ void Placer::ReplaceAnswer(Exchange& exchange, const Source& source, const std::
 std::string Placer::ReplaceLine(const std::string& line, const Piece& piece) {
     for (const LineForm& form : AnswerForms()) {
         // A message may look like anything; only the next one and the result end it.
-        const bool counts = !message_follows_ || form.text_follows || IsFinalResult(line);
+        const bool counts = message_lines_ == 0 || form.text_lines > 0 || IsFinalResult(line);
         std::smatch match;
         if (!counts || line.size() > kLongestLine || !std::regex_match(line, match, form.line) ||
             !std::regex_match(piece.command, form.command)) {
             continue;
         }
-        message_follows_ = form.text_follows;
+        message_lines_ = form.text_lines;
         return ReplaceGroups(form, line, match);
     }
-    if (message_follows_) return ReplaceValue(Held::kText, line);
+    if (message_lines_ > 0) {
+        --message_lines_;
+        return ReplaceValue(Held::kText, line);
+    }
     CheckHarmless(line, piece);
     return line;
 }

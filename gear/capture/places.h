@@ -51,8 +51,8 @@ class Placer {
     std::set<std::string> harmless_;
     NetworkNumbers network_;
     std::vector<Unplaced> unplaced_;
-    bool body_follows_ = false;     // the last command asked for a message text
-    bool message_follows_ = false;  // the next lines of the answer are a message's
+    bool body_follows_ = false;  // the last command asked for a message text
+    int message_lines_ = 0;      // so many of the next lines of the answer are a message's
 };
 
 }  // namespace capture

@@ -107,6 +107,7 @@ TEST(Places, WhatIsNobodysStays) {
         {"AT+CCLK?", "+CCLK: \"26/03/14,09:15:02+00\""},
         {"AT$NWLTIME", "2026.03.14.9.15.2"},
         {"AT+CMGF=1", "+CMS ERROR: 38"},
+        {"at!gstatus?", "Current Time:  1234567\t\tTemperature: 38"},
         {"at!gstatus?", "GMM (PS) state:REGISTERED\tNORMAL SERVICE"},
     };
     for (const Row& row : rows) EXPECT_EQ(Placed(row.command, row.line), row.line);
@@ -155,6 +156,24 @@ TEST(Places, AMessageThatIsSentIsPlacedInCommandAndEcho) {
     EXPECT_THAT(result.text, Not(HasSubstr("waits")));
 }
 
+// Of a message that comes unasked only the one line is a text; the answer goes on behind it.
+TEST(Places, AnUnaskedMessageIsOneLine) {
+    const Story story =
+        StoryOf("AT+CSQ",
+                "\r\n+CMT: \"+15551234567\",,\"26/03/14,09:15:02+00\"\r\nMeet Bob\r\n"
+                "\r\n+CSQ: 17,99\r\n\r\nOK\r\n");
+    ASSERT_FALSE(story.exchanges.empty());
+    EXPECT_THAT(story.exchanges[0].Text(),
+                AllOf(HasSubstr("\r\n+CSQ: 17,99\r\n"), Not(HasSubstr("Bob"))));
+}
+
+// An answer that comes too late stands in the next command's.
+TEST(Places, AnIdentityInAnotherAnswerIsNotTakenForHarmless) {
+    EXPECT_EQ(Placed("AT$NWLTIME", "2015550136"), "(refused)");
+    EXPECT_EQ(Placed("AT$NWNN", "2015550136"), "(refused)");
+    EXPECT_EQ(Placed("at!gstatus?", "001017088100014"), "(refused)");
+}
+
 // After a refused number comes no text.
 TEST(Places, ARefusedMessageHasNoText) {
     const Result result =
@@ -189,7 +208,8 @@ TEST(Places, NothingLikeAnIdentityPassesInAnUnknownLine) {
 
 TEST(Places, AnIdentityInAHarmlessFormIsRefused) {
     for (const char* const line :
-         {"Model: 490154203237518", "!GVER: 2015550136", "QMI State: 12345"}) {
+         {"Model: 490154203237518", "!GVER: 2015550136", "QMI State: 123456",
+          "QMI State: 10.11.12.13", "Call Duration: 201-555-0136"}) {
         EXPECT_EQ(Placed("at!gver?", line), "(refused)") << line;
     }
 }
