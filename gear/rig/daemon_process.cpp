@@ -33,6 +33,12 @@ std::string ReadFrom(int fd) {
     return text;
 }
 
+// Whoever started the tests may have left descriptors open: none of the daemon's.
+void CloseWhatTheTestInherited() {
+    constexpr int kMost = 1024;
+    for (int fd = STDERR_FILENO + 1; fd < kMost; ++fd) fcntl(fd, F_SETFD, FD_CLOEXEC);
+}
+
 std::vector<char*> Pointers(const std::vector<std::string>& words) {
     std::vector<char*> pointers;
     for (const std::string& word : words) pointers.push_back(const_cast<char*>(word.c_str()));
@@ -91,6 +97,7 @@ void DaemonProcess::BecomeDaemon(const Launching& launching, int error_fd) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     std::vector<std::string> environment = launching.environment;
     environment.push_back(std::string(kSharedFdVariable) + "=" + std::to_string(memory_fd_));
+    CloseWhatTheTestInherited();
     const int input = open("/dev/null", O_RDONLY | O_CLOEXEC);
     fcntl(memory_fd_, F_SETFD, 0);
     dup2(launching.on_terminal ? error_fd : input, 0);
