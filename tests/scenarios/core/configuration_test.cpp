@@ -254,6 +254,21 @@ TEST(PppFile, OfRubbishOrOfGreatSizeDoesNoHarm) {
     EXPECT_EQ(world.RunToExit(60s), 0);
 }
 
+// Both change while the contexts are asked for: the status file is written as it was, at the old
+// level, then each file is read.
+TEST(ProvisioningFile, IsReadBehindTheStatusFileAndBeforeThePppFile) {
+    World world;
+    world.Start();
+    world.RunFor(20s);
+    ASSERT_TRUE(world.RunUntilCommand("AT+CGDCONT?", 8s));
+    world.files.Write(kProvision, "DEBUG_MODE=2\n");
+    world.files.Write(kPpp, "CM_ENABLE_INTERFACE=yes\n");
+    world.trace.Clear();
+    world.RunFor(1s);
+    EXPECT_EQ(world.trace.Log(), (Lines{"DEBUG_MODE set to 2", kMissing,
+                                        "Config option CM_ENABLE_INTERFACE is 'yes'", kMissing}));
+}
+
 TEST(ProvisioningFile, ThatIsMissingTurnsTheTimeSyncOn) {
     World world("-881");
     world.Start();

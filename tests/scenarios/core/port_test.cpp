@@ -148,6 +148,21 @@ TEST(Port, TwentySixFailedWritesInARowResetTheModemAndEndTheProcess) {
     EXPECT_EQ(world.trace.CountLog("doing cleanup and exiting"), 0u);
 }
 
+TEST(Port, ThePassThatGivesUpReadsNoConfiguration) {
+    World world;
+    world.clock.At(30s, [&] { world.port.FailWrites(EIO); });
+    world.clock.Every(1s, [&] {  // so that each pass finds it changed
+        world.files.Write("/etc/kvt/wireless/cellmodem_ppp.conf", "CM_ENABLE_INTERFACE=yes\n");
+    });
+    world.Start();
+    EXPECT_EQ(world.RunToExit(600s), 255);
+    const auto read = world.trace.LogTimes("Config option CM_ENABLE_INTERFACE is 'yes'");
+    const auto ends = world.trace.LogTimes("Port error counter above 25, resetting modem");
+    ASSERT_GT(read.size(), 10u);
+    ASSERT_EQ(ends.size(), 1u);
+    EXPECT_LT(read.back(), ends.back());
+}
+
 TEST(Port, TheTwentySixthFailedWriteIsTheOneTooMany) {
     World world;
     world.clock.At(30s, [&] { world.port.FailWrites(EIO, 26); });

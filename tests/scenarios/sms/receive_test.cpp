@@ -31,6 +31,29 @@ TEST(ReceivedSms, BecomesAFileAndLeavesTheModem) {
     EXPECT_EQ(world.modem.Sim().GetState().sms.Used(), 0);
 }
 
+// 09:15 UTC is 05:15 on a summer's morning in New York, and 15:00 in Kathmandu.
+TEST(ReceivedSms, IsNamedByTheTimeOfTheRoutersZone) {
+    struct Row {
+        const char* zone;
+        const char* hour;
+    };
+    for (const Row& row : {Row{"EST5EDT,M3.2.0,M11.1.0", "05:1"}, Row{"NPT-5:45", "15:0"}}) {
+        SCOPED_TRACE(row.zone);
+        SmsWorld world;
+        world.daemon.SetEnvironment("TZ", row.zone);
+        world.Arrive("+15551234567", "Hello");
+        world.Start();
+        world.RunFor(90s);
+        const Lines received = world.files.List("/tmp/sms/recv");
+        ASSERT_THAT(received, SizeIs(1));
+        std::string hour = row.hour;
+        EXPECT_THAT(rig::Files::Read("/var/log/wireless.cardstats"),
+                    ::testing::StartsWith("#File generated 2026-03-14 " + hour));
+        hour.erase(hour.find(':'), 1);
+        EXPECT_THAT(received[0], ::testing::StartsWith("sms_msg20260314-" + hour));
+    }
+}
+
 TEST(ReceivedSms, IsAskedForEveryFifteenSecondsOrALittleLater) {
     SmsWorld world;
     world.Start();
