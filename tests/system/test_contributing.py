@@ -8,17 +8,12 @@ import time
 import unittest
 
 import cards
+import papers
 from router_sandbox import BUILD, PROJECT, figure
 
 GUIDE = "CONTRIBUTING.md"
 COPY = BUILD / "card-recipe"  # a tree beside the build, kept so that only what changes is built
 DEMO = ("/usr/bin/python3", "gear/demonstration", "--check", "--card")
-
-
-def blocks(kind):
-    """What stands in the fenced blocks of this kind."""
-    text = (PROJECT / GUIDE).read_text()
-    return re.findall(rf"^```{kind}\n(.*?)^```", text, re.MULTILINE | re.DOTALL)
 
 
 def run(*command, cwd=PROJECT, status=0, **more):
@@ -40,7 +35,7 @@ class Papers(unittest.TestCase):
 
     def test_usage_lines(self):
         usage = "[" + "|".join(self.options) + "] [-cind1] [-d]... DEVICE"
-        self.assertIn(f"modemd {usage}\n", (PROJECT / "README.md").read_text())
+        self.assertEqual(f"modemd {usage}\n", papers.block("README.md", "modemd ["))
         self.assertIn(f"usage: modemd {usage}\n", self.usage_of_the_daemon())
 
     def usage_of_the_daemon(self):
@@ -88,7 +83,7 @@ class UnknownCards(unittest.TestCase):
 
 class Commands(unittest.TestCase):
     def test_each_does_what_its_line_says(self):
-        lines = [line for block in blocks("sh") for line in block.splitlines()]
+        lines = [line for block in papers.blocks(GUIDE) for line in block.commands()]
         self.assertGreater(len(lines), 8)
         for line in lines:
             with self.subTest(line):
@@ -160,8 +155,8 @@ class AddACard(unittest.TestCase):
 
     def test_1_the_steps_fit_the_tree(self):
         tree = Tree()
-        for block in blocks("diff"):
-            tree.apply(block)
+        for block in papers.blocks(GUIDE, "diff"):
+            tree.apply(block.text)
         tree.lay_down(COPY)
         table = cards.read_models(COPY / "src/state/cards.h")
         self.assertEqual((table[-1].name, table[-1].number), ("X1", 9))

@@ -1,13 +1,15 @@
-"""What a router maker does: install, build with another toolchain, build without CMake."""
+"""What a router maker does: install, build without the gear, with another toolchain, without CMake."""
 
 import os
 import pathlib
-import re
+import shutil
 import subprocess
 import tempfile
 import unittest
 
+import papers
 from router_sandbox import BUILD, PROJECT, Router
+from test_contributing import Tree
 
 PAGES = "share/man"
 DAEMON = {"sbin/modemd", f"{PAGES}/man8/modemd.8"}
@@ -25,15 +27,8 @@ def installed(*words):
                 if not path.is_dir()}
 
 
-def commands(first_word):
-    """The block of the README whose first line begins with this."""
-    text = (PROJECT / "README.md").read_text()
-    found = re.search(rf"```sh\n({re.escape(first_word)}.*?)```", text, re.DOTALL)
-    return found[1]
-
-
-def run_commands(lines, directory):
-    environment = {**os.environ, "CXX": os.environ.get("CXX", "g++"),
+def run_commands(lines, directory, **more):
+    environment = {**os.environ, **more, "CXX": os.environ.get("CXX", "g++"),
                    "CMAKE_BUILD_PARALLEL_LEVEL": str(os.cpu_count())}
     return subprocess.run(["sh", "-ec", lines], cwd=directory, env=environment, check=True,
                           stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True).stdout
@@ -51,13 +46,30 @@ class Components(unittest.TestCase):
         self.assertEqual(installed("--component", "simulator"), SIMULATOR)
 
 
+class WithoutTheGear(unittest.TestCase):
+    """A tree of which a router maker has kept what is shipped."""
+
+    def test_builds_and_installs_as_the_readme_says(self):
+        copy, root = BUILD / "shipped", BUILD / "shipped-root"
+        tree = Tree()
+        tree.files = {name: content for name, content in tree.files.items()
+                      if not name.startswith(("gear/", "tests/"))}
+        tree.lay_down(copy)
+        shutil.rmtree(root, ignore_errors=True)
+        run_commands(papers.block("README.md", "cmake --preset release"), copy, DESTDIR=str(root))
+        files = {str(path.relative_to(root)) for path in root.rglob("*") if not path.is_dir()}
+        self.assertEqual({f"usr/{name}" for name in DAEMON | TOOLS} - files, set())
+        self.assertIn("usr/lib/systemd/system/modemd.service", files)
+        self.assertFalse([name for name in files if "modem-sim" in name or "profiles" in name])
+
+
 class OwnToolchain(unittest.TestCase):
     """The README's commands, with this machine's compiler as the foreign one."""
 
     def test_with_cmake(self):
         tree = PROJECT / "build" / "router"
         run_commands(f"rm -rf {tree}", PROJECT)
-        output = run_commands(commands("cmake -S ."), PROJECT)
+        output = run_commands(papers.block("README.md", "cmake -S ."), PROJECT)
         files = {str(path.relative_to(tree / "root")) for path in (tree / "root").rglob("*")
                  if not path.is_dir()}
         self.assertEqual(files, {f"usr/local/{name}" for name in DAEMON})
@@ -67,7 +79,7 @@ class OwnToolchain(unittest.TestCase):
         self.check_program(tree / "root/usr/local/sbin/modemd")
 
     def test_in_one_line(self):
-        line = commands("$CXX ")
+        line = papers.block("README.md", "$CXX ")
         program = BUILD / "one-line" / "modemd"
         program.parent.mkdir(exist_ok=True)
         self.assertEqual(len(line.splitlines()), 1)

@@ -13,6 +13,7 @@ import time
 import unittest
 
 import jsonschema
+import papers
 from fair_clock import FairClock
 from router_sandbox import BUILD, PATIENCE, PROJECT, Router
 
@@ -380,8 +381,8 @@ class OnTheRouter(unittest.TestCase):
         router.wait_for(lambda: "running" in router.read("/tmp/broker.log"), "the broker")
         router.shell(f"{unpacked}/mosquitto_sub -t router/7/modem >/tmp/heard 2>&1 </dev/null &")
         router.wait_for(lambda: "SUBACK" in router.read("/tmp/broker.log"), "the subscriber")
-        router.shell(f"({TOOL} watch --json | {unpacked}/mosquitto_pub -l -t router/7/modem)"
-                     " >/dev/null 2>&1 </dev/null &")
+        feed = papers.block("docs/modemctl.md", "modemctl watch").strip()
+        router.shell(f"PATH=$PATH:{unpacked}; ({feed}) >/dev/null 2>&1 </dev/null &")
 
         def heard():
             lines = [line for line in router.read("/tmp/heard").splitlines()

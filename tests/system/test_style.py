@@ -204,14 +204,6 @@ class Files(unittest.TestCase):
 
 
 class Documents(unittest.TestCase):
-    def test_documents_name_tests_that_exist(self):
-        known = cases_below(PROJECT / "tests")
-        known |= {name.split(".")[0] + ".*" for name in known}
-        for document in ("hazards.md", "security.md"):
-            named = set(NAMED_TEST.findall((PROJECT / "docs" / document).read_text()))
-            self.assertTrue(named, document)
-            self.assertEqual(named - known, set(), document)
-
     def test_every_hazard_tells_all_and_has_a_guard(self):
         self.assertTrue(hazards())
         for title, text in hazards().items():
@@ -223,7 +215,6 @@ class Documents(unittest.TestCase):
     def test_every_story_of_a_hazard_is_told(self):
         told = {name for text in hazards().values() for name in NAMED_TEST.findall(text)}
         self.assertEqual(cases_below(PROJECT / "tests" / "scenarios" / "hazards") - told, set())
-
 
     def test_the_register_of_oddities_is_whole(self):
         """No mark without a test, no test without a mark, and the page as the marks have it."""
