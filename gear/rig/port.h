@@ -4,6 +4,8 @@
 #include <termio.h>
 
 #include <cerrno>
+#include <cstddef>
+#include <optional>
 #include <string>
 
 #include "rig/protocol.h"
@@ -32,6 +34,9 @@ class Port {
     // Bytes from the modem, now. While nobody has the port open they are lost, as they are behind a
     // real driver.
     void Deliver(const std::string& bytes);
+    // What a receiver holds while nobody reads; all that comes then is lost. Without a room of its
+    // own it holds all that the rig can, and more fails the test.
+    void SetRoom(std::optional<std::size_t> bytes) { room_ = bytes; }
 
   private:
     friend class World;
@@ -43,6 +48,7 @@ class Port {
     Trace& trace_;
     bool open_ = false;
     int open_error_ = 0;
+    std::optional<std::size_t> room_;
 };
 
 }  // namespace rig

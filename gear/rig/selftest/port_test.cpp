@@ -44,6 +44,14 @@ TEST(Port, AReadTakesNoMoreThanItsSize) {
     EXPECT_EQ(log.back(), "waiting 5");
 }
 
+TEST(Port, AReceiverWithoutRoomLosesWhatComes) {
+    SampleWorld world("talker");
+    world.port.SetRoom(10);
+    world.modem.Script([](const std::string&) { return kAnswer; });
+    EXPECT_THAT(FirstSecond(world), ElementsAre("open 0", "wrote 6", "wrote 1", "waiting 0",
+                                                "waiting 0", "waiting 10", "read 10", "waiting 0"));
+}
+
 TEST(Port, TheSimulatedModemAnswersAndEchoes) {
     SampleWorld world("talker");
     const Lines log = FirstSecond(world);

@@ -48,6 +48,13 @@ std::string SetUnasked(PlayedModem& modem, const Words& words) {
     return kOk;
 }
 
+std::string SetLine(PlayedModem& modem, const Words& words) {
+    const auto rate = words[0] == "usual" ? 0 : ParseInt(words[0]);
+    if (!rate || *rate < 0) return ErrorText("the line has a rate, or is usual");
+    modem.Set("line-rate", std::to_string(*rate));
+    return kOk;
+}
+
 std::string Restart(PlayedModem& modem, const Words& words) {
     const auto length = words.empty() ? 30 * kSecond : ParseDuration(words[0]);
     if (!length) return ErrorText("not a duration: " + words[0]);
@@ -74,6 +81,8 @@ const std::vector<Verb>& MoodWords() {
         {"pieces", "on|off                 lists come a line or a message at a time", 1, 1,
          &SetPieces},
         {"unasked", "DURATION, or off       speak up so often without a reason", 1, 1, &SetUnasked},
+        {"line", "RATE|usual             bytes arrive one by one, and are lost when nobody reads",
+         1, 1, &SetLine},
         {"restart", "[DURATION]             as after power-on, with all that takes time", 0, 1,
          &Restart},
         {"form", "WHAT FORM              what an answer looks like", 2, 2, &SetForm},

@@ -33,8 +33,15 @@ std::string Unplug(PlayedModem& modem, const Words&) {
     return kOk;
 }
 
-std::string Plug(PlayedModem& modem, const Words&) {
-    modem.Plug();
+std::string Plug(PlayedModem& modem, const Words& words) {
+    if (words.empty()) {
+        modem.Plug();
+        return kOk;
+    }
+    constexpr int kHighest = 255;
+    const auto number = ParseInt(words[0]);
+    if (!number || *number < 0 || *number > kHighest) return ErrorText("a port is 0 to 255");
+    modem.Plug(number);
     return kOk;
 }
 
@@ -88,7 +95,8 @@ const std::vector<Verb>& PortWords() {
         {"silence", "DURATION               neither hear nor speak", 1, 1, &Silence},
         {"garbage", "COUNT                  send so many bytes of noise", 1, 1, &Garbage},
         {"unplug", "                       pull the modem out", 0, 0, &Unplug},
-        {"plug", "                       put it back, as after power-on", 0, 0, &Plug},
+        {"plug", "[PORT]                 put it back, as after power-on; at another port", 0, 1,
+         &Plug},
         {"say", "\"LINE\"                 an unsolicited line", 1, 50, &Say},
         {"answer", "\"COMMAND\" \"TEXT\" [DELAY]   answer this from now on", 2, 3, &Answer},
         {"forget", "\"COMMAND\"              undo answer", 1, 1, &Forget},

@@ -48,14 +48,13 @@ void Modem::Receive(std::string_view bytes, Micros now) {
 }
 
 Micros Modem::NextEvent() const {
-    if (!output_.empty()) return state_.now;
     if (!started_) return state_.IsOn("drive") ? 0 : kNever;
-    return NextChange();
+    return std::min(line_.Next(), NextChange());
 }
 
 std::string Modem::Transmit(Micros now) {
     Advance(now);
-    return std::exchange(output_, {});
+    return line_.Take(state_.now);
 }
 
 void Modem::SetClock(std::int64_t unix_seconds, Micros now) {
@@ -119,13 +118,14 @@ void Modem::StepBoot() {
 
 void Modem::Unplug() {
     plugged_ = false;
-    output_.clear();
+    line_.Clear();
     state_.call.Drop(kEndedByClient, state_.now);
 }
 
-void Modem::Plug() {
+void Modem::Plug(std::optional<int> port_number) {
     if (plugged_) return;
     plugged_ = true;
+    port_number_ = port_number;
     silent_until_ = 0;
     PowerOn();
 }
@@ -142,6 +142,7 @@ void Modem::ApplySettings() {
     state_.send_delay = ParseDuration(state_.Setting("send-delay")).value_or(state_.send_delay);
     pacer_.Set(ReadPace(state_.Setting("pace")).value_or(Pace::kPolite));
     chatter_.SetGap(ParseDuration(state_.Setting("unasked")).value_or(0), state_.now);
+    line_.SetRate(ParseInt(state_.Setting("line-rate")).value_or(0));
     doubled_echo_ = state_.Setting("form.echo") == "doubled";
 }
 
@@ -267,7 +268,7 @@ void Modem::FinishPending() {
 }
 
 void Modem::Send(std::string_view bytes) {
-    if (plugged_ && !Silent()) output_.append(bytes);
+    if (plugged_ && !Silent()) line_.Put(bytes, state_.now);
 }
 
 void Modem::Hear(const std::string& line) {

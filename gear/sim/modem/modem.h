@@ -18,6 +18,7 @@
 #include "sim/modem/chatter.h"
 #include "sim/modem/dialogue.h"
 #include "sim/modem/drive.h"
+#include "sim/modem/line.h"
 #include "sim/modem/overrides.h"
 #include "sim/modem/pace.h"
 #include "sim/modem/profile.h"
@@ -75,7 +76,8 @@ class Modem {
     bool Silent() const { return state_.now < silent_until_; }
     void Restart(Micros length);  // as after power-on: it takes this long until all is there
     void Unplug();
-    void Plug();
+    // Back in, at the port it had or at another: /dev/ttyUSB0 is /dev/ttyUSB1 then.
+    void Plug(std::optional<int> port_number = std::nullopt);
     Drive& GetDrive() { return drive_; }
 
     // --- What can be seen of it ---------------------------------------------------------------
@@ -92,6 +94,8 @@ class Modem {
     const std::vector<SentSms>& SentMessages() const { return state_.sent; }
     const State& GetState() const { return state_; }
     bool Plugged() const { return plugged_; }
+    std::optional<int> PortNumber() const { return port_number_; }  // nothing: the usual one
+    bool LosesWhatNobodyReads() const { return line_.HasRate(); }
     const std::string& Name() const { return profile_.name; }
 
     std::function<void(bool up)> on_call;  // the host's link came up or went down
@@ -143,11 +147,12 @@ class Modem {
     bool started_ = false;
     bool plugged_ = true;
     bool doubled_echo_ = false;
+    std::optional<int> port_number_;
 
     std::string input_;  // bytes behind the command at work
     std::optional<Pending> pending_;
-    std::string output_;  // ready for the host
-    std::string held_;    // unsolicited lines that wait for the end of a message body
+    Line line_;         // to the host
+    std::string held_;  // unsolicited lines that wait for the end of a message body
     Micros silent_until_ = 0;
 
     std::vector<HeardCommand> heard_;

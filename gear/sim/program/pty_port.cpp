@@ -89,27 +89,34 @@ void PtyPort::Flush() {
     }
 }
 
+std::string PtyPort::Link() const {
+    if (!number_ || link_.empty()) return link_;
+    return link_.substr(0, link_.find_last_not_of("0123456789") + 1) + std::to_string(*number_);
+}
+
 // Made under another name and moved into place, so that nobody ever finds the path missing.
 void PtyPort::MakeLink() const {
-    if (link_.empty()) return;
-    if (Exists(link_) && !IsSymbolicLink(link_)) {
-        throw std::runtime_error(link_ + ": is in the way, and no symbolic link");
+    const std::string link = Link();
+    if (link.empty()) return;
+    if (Exists(link) && !IsSymbolicLink(link)) {
+        throw std::runtime_error(link + ": is in the way, and no symbolic link");
     }
-    const std::string fresh = link_ + "." + std::to_string(getpid());
+    const std::string fresh = link + "." + std::to_string(getpid());
     unlink(fresh.c_str());
     if (symlink(path_.c_str(), fresh.c_str()) != 0) Fail(fresh);
-    if (rename(fresh.c_str(), link_.c_str()) != 0) {
+    if (rename(fresh.c_str(), link.c_str()) != 0) {
         unlink(fresh.c_str());
-        Fail(link_);
+        Fail(link);
     }
 }
 
 // Only while it is still ours: another modem may have taken the name.
 void PtyPort::RemoveLink() const {
+    const std::string link = Link();
     char target[PATH_MAX];
-    const ssize_t length = link_.empty() ? -1 : readlink(link_.c_str(), target, sizeof(target));
+    const ssize_t length = link.empty() ? -1 : readlink(link.c_str(), target, sizeof(target));
     if (length > 0 && std::string_view(target, static_cast<std::size_t>(length)) == path_) {
-        unlink(link_.c_str());
+        unlink(link.c_str());
     }
 }
 

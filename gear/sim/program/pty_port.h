@@ -2,6 +2,7 @@
 // with an optional symbolic link of a fixed name.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -29,13 +30,18 @@ class PtyPort {
     std::string Read();                  // what the host wrote; empty when nothing waits
     void Write(std::string_view bytes);  // queued, and sent as far as the host has room
     void Flush();
+    void DropBacklog() { backlog_.clear(); }  // what the host's buffer has no room for is lost
+    // From the next Open on the link ends in this number instead of its own; nothing: its own.
+    void UseNumber(std::optional<int> number) { number_ = number; }
     bool HasBacklog() const { return !backlog_.empty(); }
 
   private:
+    std::string Link() const;
     void MakeLink() const;
     void RemoveLink() const;
 
     std::string link_;
+    std::optional<int> number_;
     std::string path_;
     int master_ = -1;
     int slave_ = -1;  // held open, so that the port outlives the host's closing and opening

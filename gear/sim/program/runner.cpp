@@ -128,12 +128,14 @@ void Runner::Transmit() {
     if (bytes.empty()) return;
     Log('>', Printable(bytes));
     port_.Write(bytes);
+    if (modem_.LosesWhatNobodyReads()) port_.DropBacklog();
 }
 
 void Runner::FollowPlug() {
     if (!modem_.Plugged()) {
         port_.Close();
     } else if (!port_.IsOpen()) {
+        port_.UseNumber(modem_.PortNumber());
         port_.Open();
         std::printf("%s\n", port_.Path().c_str());
         std::fflush(stdout);

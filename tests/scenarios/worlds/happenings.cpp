@@ -250,13 +250,14 @@ void ProtectAStatusFile(RandomWorld& world) {
                       [&world, path] { world.files.Fail(path, 0); });
 }
 
-// --- The port. 26 failed writes in a row would be the end. ---------------------------------------
+// --- The port. 26 failed writes in a row would be the end, also those of two failures that meet.
+// ---
 
 void DisturbThePort(RandomWorld& world) {
     Dice& dice = world.GetDice();
     const int kErrors[] = {EIO, EAGAIN, ENODEV, EBADF};
     const int error = dice.OneOf(kErrors);
-    const int times = dice.Between(1, 20);
+    const int times = dice.Between(1, 12);
     switch (dice.Below(3)) {
         case 0:
             return world.port.FailWrites(error, times);
@@ -370,6 +371,7 @@ const std::vector<Happening>& Happenings() {
         {"the modem's pace changes", 10min, ChangePace},
         {"lists come in pieces", 10min, CutListsIntoPieces},
         {"the modem becomes talkative", 10min, BecomeTalkative},
+        {"the line is of another kind", 15min, ChangeTheLine},
         {"the modem restarts", 20min, Restart},
         {"an answer takes another form", 2min, ChangeAForm},
         {"the PPP file changes", 5min, ChangeThePppFile},

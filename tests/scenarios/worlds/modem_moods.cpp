@@ -33,6 +33,13 @@ void BecomeTalkative(RandomWorld& world) {
                                : "unasked " + std::to_string(dice.Between(200, 20000)) + "ms");
 }
 
+// A receiver of 4 KiB, as a serial port has it.
+void ChangeTheLine(RandomWorld& world) {
+    const bool slow = world.GetDice().Chance(60);
+    world.Tell(slow ? "line 115200" : "line usual");
+    world.port.SetRoom(slow ? std::optional<std::size_t>(4095) : std::nullopt);
+}
+
 void Restart(RandomWorld& world) {
     world.Tell("restart " + std::to_string(world.GetDice().Between(3, 120)) + "s");
 }

@@ -10,6 +10,7 @@ void CutThePower(RandomWorld& world);
 void ChangePace(RandomWorld& world);
 void CutListsIntoPieces(RandomWorld& world);
 void BecomeTalkative(RandomWorld& world);
+void ChangeTheLine(RandomWorld& world);
 void Restart(RandomWorld& world);
 void ChangeAForm(RandomWorld& world);
 

@@ -197,7 +197,7 @@ TEST(Control, HelpNamesEveryWordOfTheLanguage) {
           "sms",    "sms-fails", "store",         "clock",      "silence", "garbage",
           "unplug", "plug",      "say",           "answer",     "forget",  "drive",
           "echo",   "set",       "status",        "heard",      "sent",    "help",
-          "pace",   "pieces",    "unasked",       "restart",    "form"}) {
+          "pace",   "pieces",    "unasked",       "restart",    "form",    "line"}) {
         EXPECT_THAT(help, HasSubstr(std::string("\n  ") + word + " "));
     }
 }

@@ -251,10 +251,25 @@ TEST(Forms, OfAListing) {
     EXPECT_EQ(listing("tight-end"), "\r\n" + head + "," + stamp + "\r\nHi\r\nOK\r\n");
 }
 
+TEST(SerialLine, BringsAnAnswerByteByByte) {
+    BenchModem modem("mc75i");
+    ASSERT_EQ(modem.Tell("line 115200"), "ok");
+    modem.Receive("AT+CSQ\r", modem.now);
+    const std::string answer = Answered("+CSQ: 17,99");
+    EXPECT_EQ(modem.Wait(5 * kMillisecond), "");
+    EXPECT_EQ(modem.Wait(10 * 87), answer.substr(0, 10));
+    EXPECT_EQ(modem.Wait(kSecond), answer.substr(10));
+    EXPECT_TRUE(modem.LosesWhatNobodyReads());
+    modem.Tell("line usual");
+    EXPECT_FALSE(modem.LosesWhatNobodyReads());
+    EXPECT_EQ(TimeToAnswer(&modem, "AT+CSQ"), 5 * kMillisecond);
+}
+
 TEST(Moods, RefuseWhatTheyDoNotKnow) {
     BenchModem modem("881");
-    for (const char* line : {"pace", "pace fast", "pieces 3", "unasked often", "restart soon",
-                             "form", "form creg", "form creg round", "form hair red"}) {
+    for (const char* line :
+         {"pace", "pace fast", "pieces 3", "unasked often", "restart soon", "line fast", "line -1",
+          "plug x", "plug 256", "form", "form creg", "form creg round", "form hair red"}) {
         EXPECT_THAT(modem.Tell(line), StartsWith("error: ")) << line;
     }
     EXPECT_EQ(TimeToAnswer(&modem, "AT+CSQ"), 5 * kMillisecond);

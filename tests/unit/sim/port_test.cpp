@@ -132,6 +132,28 @@ TEST_F(Pty, UnpluggedTheHostSeesADeadPort) {
     close(again);
 }
 
+TEST_F(Pty, MayComeBackUnderAnotherNumber) {
+    sim::PtyPort port(Path("link"));
+    port.Open();
+    port.Close();
+    port.UseNumber(1);
+    port.Open();
+    struct stat status {};
+    EXPECT_EQ(lstat(Path("link1").c_str(), &status), 0);
+    EXPECT_NE(lstat(Path("link").c_str(), &status), 0);
+    port.Close();
+    EXPECT_NE(lstat(Path("link1").c_str(), &status), 0);
+}
+
+TEST_F(Pty, WhatTheBufferHasNoRoomForCanBeLost) {
+    sim::PtyPort port(Path("link"));
+    port.Open();
+    port.Write(std::string(500000, 'x'));
+    EXPECT_TRUE(port.HasBacklog());
+    port.DropBacklog();
+    EXPECT_FALSE(port.HasBacklog());
+}
+
 TEST_F(Pty, TakesOverAnOldLinkButNothingElse) {
     ASSERT_EQ(symlink("/nonexistent", Path("link").c_str()), 0);
     {
