@@ -12,7 +12,8 @@ LIBEXEC = PROJECT / "packaging" / "libexec"
 DEVICE = "/dev/ttyUSB0"
 # Where the start script is told to find the daemon, so that its exit status can be seen.
 WATCHED = "/sbin/modemd-watched"
-WATCHED_TEXT = f"#!/bin/sh\nrm -f /run/exit\n{BUILD}/modemd \"$@\"\necho $? >/run/exit\n"
+# The keeper's SIGTERM is for the daemon; the shell waits to tell how that ended.
+WATCHED_TEXT = f"#!/bin/sh\ntrap : TERM\nrm -f /run/exit\n{BUILD}/modemd \"$@\"\necho $? >/run/exit\n"
 STEP = 0.2  # seconds between two looks
 
 
