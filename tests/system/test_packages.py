@@ -339,6 +339,18 @@ class Yocto(unittest.TestCase):
         self.assertEqual(len(list((PACKAGING / "yocto").glob(pattern))), 1)
 
 
+class Scripts(unittest.TestCase):
+    def test_they_are_clean(self):
+        commands = [PROJECT / "scripts/packages", PROJECT / "scripts/release",
+                    *(PROJECT / "gear/packages").glob("*.sh"),
+                    PROJECT / "gear/packages/debian-life", PACKAGING / "openwrt/test.sh",
+                    *(PACKAGING / "debian").glob("*.p[or]*")]
+        self.assertGreater(len(commands), 10)
+        found = subprocess.run(["shellcheck", "--external-sources", *commands], cwd=PROJECT,
+                               capture_output=True, text=True, check=False)
+        self.assertEqual((found.stdout, found.returncode), ("", 0))
+
+
 class Workflow(unittest.TestCase):
     """The forge calls our commands and nothing else, so that it cannot drift."""
 
