@@ -10,14 +10,12 @@ readonly DEBIAN_NEEDS='dh:debhelper dpkg-buildpackage:dpkg-dev fakeroot:fakeroot
 # With debian/ where the tools look for it.
 debian_source() {
     local source
-    source=$(fresh_source "$1")
-    cp -r packaging/debian "$source/debian"
-    echo "$source"
+    source=$(fresh_source "$1") && cp -r packaging/debian "$source/debian" && echo "$source"
 }
 
 build_debian() {
     local source
-    source=$(debian_source "$debian/build")
+    source=$(debian_source "$debian/build") || return 1
     (cd "$source" && dpkg-buildpackage --no-sign)
 }
 
@@ -34,7 +32,7 @@ readonly variations=+all,-user_group,-domain_host
 
 build_debian_twice() {
     local source
-    source=$(debian_source "$debian/again")
+    source=$(debian_source "$debian/again") || return 1
     reprotest --no-diffoscope --variations="$variations" \
         --build-command 'dpkg-buildpackage --no-sign --build=binary' \
         "$source" '../*.deb' -- null
@@ -47,8 +45,7 @@ make_bare_root() {
     mirror=$(apt-get indextargets --format '$(SITE)' 'Created-By: Packages' | head -n 1)
     debootstrap --variant=minbase \
         --include=iputils-ping,net-tools,udhcpc,libstdc++6,systemd-standalone-sysusers \
-        bookworm "$bare_root" "$mirror"
-    touch "$bare_root.done"
+        bookworm "$bare_root" "$mirror" && touch "$bare_root.done"
 }
 
 check_debian() {

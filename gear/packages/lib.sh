@@ -6,7 +6,8 @@ readonly checked=build/packages
 
 passed=0 failed=0
 
-# check NAME COMMAND [ARGUMENT...]: runs it; shows what it said when it fails.
+# check NAME COMMAND [ARGUMENT...]: runs it; shows what it said when it fails. A function that is
+# asked for its result does not end at its first failure: steps that matter are joined by "&&".
 check() {
     local name=$1 log
     shift
@@ -29,15 +30,15 @@ fresh_source() {
     version=$(scripts/version)
     rm -rf "$1"
     mkdir -p "$1"
-    scripts/release --source "$1/modemd-$version.tar.gz" >&2
-    tar -xzf "$1/modemd-$version.tar.gz" -C "$1"
-    echo "$1/modemd-$version"
+    scripts/release --source "$1/modemd-$version.tar.gz" >&2 &&
+        tar -xzf "$1/modemd-$version.tar.gz" -C "$1" &&
+        echo "$1/modemd-$version"
 }
 
 # maker_package SYSTEM FOLDER: that system's package as a release has it, in FOLDER.
 maker_package() {
     local source
-    source=$(fresh_source "$2.source")
+    source=$(fresh_source "$2.source") || return 1
     rm -rf "$2"
     scripts/release --package "$1" "$source.tar.gz" "$2"
 }

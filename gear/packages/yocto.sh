@@ -18,7 +18,8 @@ yocto_finds_its_archive() {
     recipe=$(find "$yocto/layer/recipes-connectivity" -name '*.bb')
     source=$(dirname "$recipe")/files/$(basename "$recipe" .bb | tr _ -).tar.gz
     mkdir -p "$yocto/work"
-    tar -xzf "$source" -C "$yocto/work" && [[ -e $yocto/work/modemd-$(scripts/version)/LICENSE ]]
+    tar -xzf "$source" -C "$yocto/work" &&
+        [[ -e $yocto/work/modemd-$(scripts/version)/LICENSE ]]
 }
 
 # The recipe's lines behind "do_install:append", as a shell has them.
