@@ -174,6 +174,10 @@ std::int64_t WallClock() {
 Micros Pass(Micros duration) {
     Journal(Kind::kSleep, duration / 1000);
     NotePause(duration);
+    return Wait(duration);
+}
+
+Micros Wait(Micros duration) {
     const Micros until = shared->now + duration;
     if (!g_answerable_pending && until < shared->horizon) {
         shared->now = until;

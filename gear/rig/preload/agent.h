@@ -57,6 +57,9 @@ std::int64_t WallClock();  // microseconds since 1970
 // Lets time pass. Returns what is left of it when a signal came.
 Micros Pass(Micros duration);
 
+// The same where it is not the program that pauses, but somebody who lets it wait.
+Micros Wait(Micros duration);
+
 // A fault that is due: errno to fail with, or 0. Counts it.
 int TakeFault(Fault& fault);
 

@@ -20,7 +20,7 @@ char g_line[2U << 20];  // the dump of the largest read in hex has 400,000 chara
 void WaitForRoom() {
     constexpr Micros kForNow = 86400 * 1000000LL;
     agent::shared->log_waits = 1;
-    while (agent::shared->log_stuck != 0 && agent::shared->log_room == 0) agent::Pass(kForNow);
+    while (agent::shared->log_stuck != 0 && agent::shared->log_room == 0) agent::Wait(kForNow);
     agent::shared->log_waits = 0;
     if (agent::shared->log_stuck != 0) --agent::shared->log_room;
 }
