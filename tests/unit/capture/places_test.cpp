@@ -174,6 +174,16 @@ TEST(Places, AnIdentityInAnotherAnswerIsNotTakenForHarmless) {
     EXPECT_EQ(Placed("at!gstatus?", "001017088100014"), "(refused)");
 }
 
+// The daemon doubles the last character of a file; no file could give a text that ends otherwise.
+TEST(Places, ADoubledLastCharacterStaysDoubled) {
+    const Story story = StoryOf("Helloo#032", "\r\nOK\r\n");
+    ASSERT_FALSE(story.exchanges.empty());
+    const std::string& text = story.exchanges[0].command;
+    ASSERT_EQ(text.size(), 7U);
+    EXPECT_EQ(text[4], text[5]);
+    EXPECT_NE(text, "Helloo\x1a");
+}
+
 // After a refused number comes no text.
 TEST(Places, ARefusedMessageHasNoText) {
     const Result result =
