@@ -3,7 +3,7 @@
 
 # What a tool or header is called and the package that brings it.
 readonly BUILD_NEEDS='cmake:cmake g++:g++ ninja:ninja-build python3:python3'
-readonly ROUTER_NEEDS='busybox:busybox-static unshare:util-linux ip:iproute2 dnsmasq:dnsmasq-base'
+readonly ROUTER_NEEDS='busybox:busybox-static bwrap:bubblewrap unshare:util-linux ip:iproute2 dnsmasq:dnsmasq-base'
 # Debian's own Python is the one that sees Debian's packages.
 readonly DEMO_NEEDS='/usr/bin/python3:python3 /usr/lib/python3/dist-packages/rich:python3-rich'
 readonly TEST_NEEDS='/usr/include/gtest/gtest.h:libgtest-dev /usr/include/gmock/gmock.h:libgmock-dev

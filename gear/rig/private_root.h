@@ -1,7 +1,8 @@
 // A root of its own for a test program: private mount, pid and network namespaces in which the
 // folders that the daemon works in are empty and in memory. Works for root, and for a normal user
 // where the kernel allows user namespaces. The machine's files, clock and network stay out of
-// reach: CAP_SYS_TIME is dropped, and the only network device is a loopback that is down.
+// reach: CAP_SYS_TIME is dropped, and the only network device is a loopback that is down. Why this
+// is not bwrap's work: docs/testing.md.
 #pragma once
 
 #include <functional>
