@@ -250,8 +250,7 @@ void ProtectAStatusFile(RandomWorld& world) {
                       [&world, path] { world.files.Fail(path, 0); });
 }
 
-// --- The port. 26 failed writes in a row would be the end, also those of two failures that meet.
-// ---
+// --- The port. 26 failed writes in a row, also of two failures that meet, would be the end. ------
 
 void DisturbThePort(RandomWorld& world) {
     Dice& dice = world.GetDice();
