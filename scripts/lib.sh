@@ -11,7 +11,7 @@ readonly TEST_NEEDS='/usr/include/gtest/gtest.h:libgtest-dev /usr/include/gmock/
     /usr/lib/python3/dist-packages/xdist:python3-pytest-xdist readelf:binutils git:git
     /usr/lib/python3/dist-packages/jsonschema:python3-jsonschema tmux:tmux
     gammu:gammu smsd:smstools systemd-analyze:systemd shellcheck:shellcheck
-    /usr/lib/python3/dist-packages/yaml:python3-yaml dpkg-parsechangelog:dpkg-dev'
+    /usr/lib/python3/dist-packages/yaml:python3-yaml dpkg-parsechangelog:dpkg-dev jq:jq'
 
 step() {
     echo "==> $*"
