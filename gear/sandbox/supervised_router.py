@@ -30,19 +30,32 @@ def is_first_of_inner_namespace(pid):
     return len(ids) > 2 and ids[-1] == "1"
 
 
+def remove_what_is_empty(group):
+    for directory, _, _ in os.walk(group, topdown=False):
+        with contextlib.suppress(OSError):
+            os.rmdir(directory)
+
+
 def remove_control_group(group):
     """Its last processes are gone a moment after they were killed."""
     clock = FairClock()
     while group.is_dir() and clock.seconds() < PATIENCE:
-        for directory, _, _ in os.walk(group, topdown=False):
-            with contextlib.suppress(OSError):
-                os.rmdir(directory)
+        remove_what_is_empty(group)
+
+
+def remove_left_groups():
+    """Those of a test that was killed: nobody has closed its router."""
+    for place in CONTROL_GROUPS:
+        for group in place.glob("modemd-supervised-*"):
+            if not pathlib.Path(f"/proc/{group.name.split('-')[2]}").exists():
+                remove_what_is_empty(group)
 
 
 class SupervisedRouter(Router):
     """Boots the supervisor with the daemon installed. `settings` are files below /etc."""
 
     def __init__(self, supervisor, card="E362", settings=()):
+        remove_left_groups()
         self.group = f"modemd-supervised-{os.getpid()}-{id(self):x}"
         script = PROJECT / "gear" / "sandbox" / "supervised"
         super().__init__(card, ("/usr/bin/bash", str(script), supervisor, self.group))
