@@ -37,8 +37,8 @@ class Version(unittest.TestCase):
 
     def setUp(self):
         self.copy = Path(self.enterContext(tempfile.TemporaryDirectory())) / "copy"
-        for name in ("src/support", "man", "packaging", "tests/system", "tests/scenarios/core",
-                     "scripts", "CHANGELOG.md"):
+        for name in ("src/support", "man", "packaging", "tests/system", "tests/scenarios",
+                     "gear/sandbox", "scripts", "CHANGELOG.md"):
             (shutil.copytree if (PROJECT / name).is_dir() else self.copy_file)(
                 PROJECT / name, self.copy / name)
 
@@ -65,7 +65,8 @@ class Version(unittest.TestCase):
         for name in ("man/modemd.8", "man/modem-sim.1", "CHANGELOG.md",
                      "packaging/debian/changelog", "packaging/openwrt/Makefile",
                      "packaging/buildroot/package/modemd/modemd.mk",
-                     "tests/scenarios/core/startup_test.cpp"):
+                     "tests/scenarios/core/startup_test.cpp",
+                     "gear/sandbox/supervised_router.py"):
             path = self.copy / name
             right = path.read_text()
             path.write_text(right.replace(number, "0.7", 1))
@@ -73,6 +74,18 @@ class Version(unittest.TestCase):
             self.assertEqual(result.returncode, 1, name)
             self.assertEqual(result.stderr, f"{name}: 0.7, not {number}\n")
             path.write_text(right)
+
+    def test_nobody_waits_for_a_version_that_is_not_looked_after(self):
+        line = f"v{version()} starting"
+        left = {path for folder in ("tests/scenarios", "tests/system", "gear", "src")
+                for path in (PROJECT / folder).rglob("*")
+                if path.is_file() and path.suffix != ".pyc" and line.encode() in path.read_bytes()}
+        patterns = re.search(r"^QUOTES = \((.*)\)$", (PROJECT / "scripts/version").read_text(),
+                             re.MULTILINE)[1]
+        known = {path for pattern in re.findall(r'"(.+?)"', patterns)
+                 for path in PROJECT.glob(pattern)}
+        self.assertTrue(left)
+        self.assertEqual(left - known, set())
 
     def test_a_new_version_is_written_everywhere(self):
         result = self.run_there("7.8.9")
@@ -294,9 +307,9 @@ class Buildroot(unittest.TestCase):
 
 
 class Yocto(unittest.TestCase):
-    ORDER = ["SUMMARY", "DESCRIPTION", "SECTION", "LICENSE", "LIC_FILES_CHKSUM", "SRC_URI", "inherit",
-             "SYSTEMD_SERVICE", "INITSCRIPT_NAME", "EXTRA_OECMAKE", "do_install", "PACKAGES",
-             "FILES", "RDEPENDS"]
+    ORDER = ["SUMMARY", "DESCRIPTION", "SECTION", "LICENSE", "LIC_FILES_CHKSUM", "SRC_URI",
+             "inherit", "SYSTEMD_SERVICE", "INITSCRIPT_NAME", "EXTRA_OECMAKE", "do_install",
+             "PACKAGES", "FILES", "RDEPENDS"]
 
     def recipe(self):
         return text_of("yocto/recipes-connectivity/modemd/*.bb")
