@@ -90,8 +90,9 @@ bool Enter() {
     return true;
 }
 
+// Behind the end only counters of a build for coverage are written.
 void NoteInheritable(const char* what) {
-    if (shared->inheritable[0] == '\0') {
+    if (!g_leaving && shared->inheritable[0] == '\0') {
         strncpy(shared->inheritable, what, sizeof(shared->inheritable) - 1);
     }
 }
