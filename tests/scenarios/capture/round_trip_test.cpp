@@ -2,9 +2,11 @@
 #include <gmock/gmock.h>
 
 #include "captured_life.h"
+#include "state/cards.h"
 
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 TEST(RoundTrip, The881DrivesThroughTown) {
     ExpectRoundTrip(Live("-881", LogForm::kRsyslog, DriveWithMessages));
@@ -32,5 +34,16 @@ TEST(RoundTrip, TheStoryHasOtherIdentities) {
                                      "15551234567", "15557654321", "harbor", "door"}) {
         ASSERT_THAT(lived.log, HasSubstr(secret)) << "not even in the log";
         EXPECT_THAT(story, Not(HasSubstr(secret)));
+    }
+}
+
+// Whatever the simulated modems say can be placed, and tells whose it is.
+TEST(RoundTrip, EveryCardHasAStory) {
+    for (const cards::Model& model : cards::kModels) {
+        SCOPED_TRACE(model.name);
+        const bool generic = model.type == kCardGeneric;
+        const Life lived = Live(generic ? "" : "-" + std::string(model.name), LogForm::kRsyslog,
+                                [](rig::World& world) { world.RunFor(std::chrono::minutes(11)); });
+        EXPECT_THAT(Converted(lived.log), StartsWith("story " + std::string(model.name) + "\n"));
     }
 }
