@@ -33,6 +33,7 @@ constexpr Step kSchedule[] = {
     // Between a command, its CR and its LF; between the two commands that carry the APN.
     {20 * kMillisecond, Deed::kPortWrite},
     {20 * kMillisecond, Deed::kPortLook},
+    {20 * kMillisecond, Deed::kPortRead},  // of which the last one failed
     // Before an answer, and between its pieces.
     {50 * kMillisecond, Deed::kPortWrite},
     {50 * kMillisecond, Deed::kPortRead},

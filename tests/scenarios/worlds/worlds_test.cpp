@@ -117,6 +117,16 @@ TEST(AllWorlds, AreTheSameForTheSameSeed) {
     }
 }
 
+// Without those of its ending, which comes at a moment that the shell's troubles have a part in.
+std::vector<std::pair<Duration, Occurrence>> HappenedBefore(Duration end,
+                                                            const RandomWorld& world) {
+    std::vector<std::pair<Duration, Occurrence>> happened;
+    for (const auto& one : world.Happened()) {
+        if (one.first <= end) happened.push_back(one);
+    }
+    return happened;
+}
+
 // A world without some of its happenings has the others at their times and as they were.
 TEST(AllWorlds, KeepTheOtherHappeningsWhenSomeAreLeftOut) {
     Plan plan = DrawPlan(rig::Seed(), 2);
@@ -125,7 +135,7 @@ TEST(AllWorlds, KeepTheOtherHappeningsWhenSomeAreLeftOut) {
     {
         RandomWorld world(plan);
         world.Live();
-        all = world.Happened();
+        all = HappenedBefore(plan.length, world);
     }
     ASSERT_GT(all.size(), 10U);
     plan.only.emplace();
@@ -136,7 +146,7 @@ TEST(AllWorlds, KeepTheOtherHappeningsWhenSomeAreLeftOut) {
     }
     RandomWorld world(plan);
     world.Live();
-    EXPECT_EQ(world.Happened(), chosen);
+    EXPECT_EQ(HappenedBefore(plan.length, world), chosen);
 }
 
 TEST(AllWorlds, DifferFromSeedToSeed) {
