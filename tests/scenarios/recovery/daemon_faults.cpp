@@ -58,7 +58,7 @@ void PowerCut(Story& story) {
 }  // namespace
 
 std::vector<Fault> DaemonFaults() {
-    constexpr char kChapter[] = "The daemon itself";
+    static constexpr char kChapter[] = "The daemon itself";
     return {
         {kChapter, "second-copy", "-E362", "a second copy is started", "at its start, {noticed}",
          "the second one ends with status 255; the port, the files and the first one are left "

@@ -125,7 +125,7 @@ void StoreFull(Story& story) {
 }  // namespace
 
 std::vector<Fault> NetworkFaults() {
-    constexpr char kChapter[] = "SIM, network, carrier";
+    static constexpr char kChapter[] = "SIM, network, carrier";
     return {
         {kChapter, "sim-out", "-E362", "the SIM is pulled out for 20 minutes",
          "the next question for the service, {noticed}",

@@ -144,7 +144,7 @@ void RebootsAndForgetsTextMode(Story& story) {
 }  // namespace
 
 std::vector<Fault> PortFaults() {
-    constexpr char kChapter[] = "Modem and port";
+    static constexpr char kChapter[] = "Modem and port";
     return {
         {kChapter, "mute-port", "-E362", "the modem says nothing",
          "not by the daemon; no status file is written any more",

@@ -69,6 +69,17 @@ TEST(RecoveryPage, HasEachFaultOnceAndNoOther) {
     EXPECT_EQ(told, known);
 }
 
+TEST(RecoveryPage, HasEachChapterOnceWithATableOfItsOwn) {
+    const std::string page = Page();
+    std::vector<std::string> known;
+    for (const Fault& fault : Faults()) {
+        if (!known.empty() && known.back() == fault.chapter) continue;
+        known.emplace_back(fault.chapter);
+        EXPECT_THAT(page, HasSubstr("\n## " + known.back() + "\n\n| fault |"));
+    }
+    EXPECT_EQ(known.size(), 4U);
+}
+
 // Two worlds that are alike call by call: the first tells which call ends a writing, the second one
 // is killed right before it is written.
 TEST(KillWithinAStatusFile, LeavesItEmptyUntilTheNextLifeWritesIt) {

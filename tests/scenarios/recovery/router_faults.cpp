@@ -203,7 +203,7 @@ void NoResetTool(Story& story) {
 }  // namespace
 
 std::vector<Fault> RouterFaults() {
-    constexpr char kChapter[] = "The router around it";
+    static constexpr char kChapter[] = "The router around it";
     return {
         {kChapter, "tmp-full", "-881", "/tmp is full when a message comes", "not by the daemon",
          "the message is read, its text logged, and it is deleted in the modem",
