@@ -21,18 +21,21 @@ void Empty(const std::string& folder) {
     rig::Files::Remove(folder + "/" + kFiller);
 }
 
+// All of /tmp that an 881 uses; the tree under test may lie elsewhere in it.
+constexpr char kUsedTemporary[] = "/tmp/sms";
+
 void TemporaryFull(Story& story) {
-    story.files.MountSmall("/tmp", kRoom);
+    story.files.MountSmall(kUsedTemporary, kRoom);
     story.Settle();
     story.Strike();
-    Fill("/tmp");
+    Fill(kUsedTemporary);
     story.modem.Control("sms +15551234567 \"Hello.\"");
     story.Live(2min);
     EXPECT_EQ(story.trace.CountLogContaining("Message: Hello."), 1U);
     EXPECT_EQ(story.modem.Sim().GetState().sms.Used(), 0)
         << "the modem keeps what is not in a file";
     story.Mend();
-    Empty("/tmp");
+    Empty(kUsedTemporary);
     story.modem.Control("sms +15551234567 \"Again.\"");
     story.LiveUntil(
         [] {
