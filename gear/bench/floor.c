@@ -1,7 +1,7 @@
 /* The least that the 881's steady work can cost: a bare program that makes the same writes, sleeps
  * and reads on the port, writes files as large as the status files as often, looks at the same
- * files and starts the same shell line, and thinks about nothing. gear/bench/processor holds the daemon
- * against it, in the sandbox: it writes the daemon's own files.
+ * files and starts the same shell line, and thinks about nothing. gear/bench/processor holds the
+ * daemon against it, in the sandbox: it writes the daemon's own files.
  *
  *     floor DEVICE
  */

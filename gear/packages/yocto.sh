@@ -17,9 +17,9 @@ yocto_finds_its_archive() {
     local recipe source
     recipe=$(find "$yocto/layer/recipes-connectivity" -name '*.bb')
     source=$(dirname "$recipe")/files/$(basename "$recipe" .bb | tr _ -).tar.gz
-    mkdir -p "$yocto/work"
-    tar -xzf "$source" -C "$yocto/work" &&
-        [[ -e $yocto/work/modemd-$(scripts/version)/LICENSE ]]
+    mkdir -p "$yocto/sources"
+    tar -xzf "$source" -C "$yocto/sources" &&
+        [[ -e $yocto/sources/modemd-$(scripts/version)/LICENSE ]]
 }
 
 # The recipe's lines behind "do_install:append", as a shell has them.
@@ -42,7 +42,7 @@ yocto_files_are_right() {
     mkdir -p "$build"
     echo "for the sake of its name" >"$build/modemctl"
     write_installer
-    D=$root S=$yocto/work/modemd-$(scripts/version) B=$build bindir=/usr/bin sysconfdir=/etc \
+    D=$root S=$yocto/sources/modemd-$(scripts/version) B=$build bindir=/usr/bin sysconfdir=/etc \
         libexecdir=/usr/libexec nonarch_libdir=/usr/lib nonarch_base_libdir=/lib \
         systemd_system_unitdir=/lib/systemd/system sh -eu "$yocto/install.sh" || return 1
     below "$root" | xargs -n 1 | diff - <(printf '%s\n' "${yocto_files[@]}")

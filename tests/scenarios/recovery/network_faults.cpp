@@ -1,6 +1,8 @@
 // What the SIM, the network and the carrier may do.
 #include <gtest/gtest.h>
 
+#include <initializer_list>
+
 #include "faults.h"
 
 namespace recovery {
@@ -9,34 +11,30 @@ namespace {
 
 constexpr Duration kLong = 20min;
 
-void SimOut(Story& story) {
+using Words = std::initializer_list<const char*>;
+
+// `away` and `back` are words of the simulated modem's control language.
+void LiveWithoutService(Story& story, Words away, Words back) {
     story.Settle();
     story.Strike();
-    story.modem.Control("sim absent");
+    for (const char* word : away) story.modem.Control(word);
     story.Live(kLong);
     story.TellCount("resets", story.Resets());
     story.TellLine("noticed", "Warning: Modem reports bad service : 'No Service'");
     story.TellLine("hung_up", "No service after 30 seconds, sending modem a disconnect.");
     story.AskWhy();
     story.Mend();
-    story.modem.Control("sim ready");
+    for (const char* word : back) story.modem.Control(word);
     story.LiveUntilItWorks();
 }
 
+void SimOut(Story& story) {
+    LiveWithoutService(story, {"sim absent"}, {"sim ready"});
+}
+
 void NoService(Story& story) {
-    story.Settle();
-    story.Strike();
-    story.modem.Control("register searching");
-    story.modem.Control("service none");
-    story.Live(kLong);
-    story.TellCount("resets", story.Resets());
-    story.TellLine("noticed", "Warning: Modem reports bad service : 'No Service'");
-    story.TellLine("hung_up", "No service after 30 seconds, sending modem a disconnect.");
-    story.AskWhy();
-    story.Mend();
-    story.modem.Control("register home");
-    story.modem.Control("service lte");
-    story.LiveUntilItWorks();
+    LiveWithoutService(story, {"register searching", "service none"},
+                       {"register home", "service lte"});
 }
 
 void CallDropped(Story& story) {
