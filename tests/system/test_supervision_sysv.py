@@ -47,5 +47,20 @@ class StopInThePause(unittest.TestCase):
             self.assertFalse(router.exists("/var/run/modemd-keeper.pid"))
 
 
+class HangupBetweenTwoWaits(unittest.TestCase):
+    def test_it_ends_the_next_one(self):
+        """The settings are mended, and the keeper is told so, before it has begun to wait."""
+        with SupervisedRouter("sysv", "881", {"default/modemd": settings()}) as router:
+            router.wait_for_work()
+            router.write("/etc/default/mended", settings())
+            router.write("/etc/default/modemd", settings(DEVICE=""))
+            router.write("/usr/sbin/logger", "#!/bin/sh\n"
+                         "cp /etc/default/mended /etc/default/modemd\n"
+                         "[ \"$2\" != modemd-keeper ] || kill -HUP $PPID\n")
+            killed = router.daemon()
+            router.shell(f"chmod 755 /usr/sbin/logger; kill -KILL {killed}")
+            router.wait_for_daemon(other_than=killed)
+
+
 if __name__ == "__main__":
     unittest.main()
