@@ -8,9 +8,13 @@ import resource
 import shutil
 import signal
 import subprocess
+import sys
 import time
 
 PROJECT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(PROJECT / "gear" / "machine"))
+from tracked_files import tracked_files  # noqa: E402
+
 PR_SET_PDEATHSIG = 1
 MEMORY = 4 << 30  # bytes; a mutant may ask for all there is
 LARGEST_FILE = 8 << 30  # a test has a log beyond 2 GiB, with nothing in it
@@ -29,16 +33,6 @@ exec "$@"
 
 class Trouble(Exception):
     """The tree itself does not build, or a test of it fails without any change."""
-
-
-def tracked_files():
-    listing = subprocess.run(["git", "-C", str(PROJECT), "ls-files", "-co", "--exclude-standard"],
-                             capture_output=True, text=True, check=False)
-    names = listing.stdout.splitlines()
-    if listing.returncode != 0:  # an unpacked archive
-        names = [str(p.relative_to(PROJECT)) for p in PROJECT.rglob("*") if p.is_file()]
-        names = [n for n in names if not n.startswith(("build/", ".git/"))]
-    return [name for name in names if (PROJECT / name).is_file()]
 
 
 def take_over(folder):

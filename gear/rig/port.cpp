@@ -48,11 +48,11 @@ void Port::Deliver(const std::string& bytes) {
     if (bytes.empty() || !open_ || memory_.unplugged != 0) return;
     trace_.Add({memory_.now, Kind::kAnswer, 0, bytes});
     // What a full line drops is lost; what the rig has no room for is a fault of the story.
+    const std::size_t most = room_.value_or(kReceiveSize);
     const std::size_t waiting = memory_.receive_tail - memory_.receive_head;
-    const std::size_t limit = std::max(waiting, room_.value_or(waiting + bytes.size()));
-    const std::size_t wanted = std::min(bytes.size(), limit - waiting);
-    const std::size_t size = std::min(wanted, kReceiveSize - waiting);
-    if (size < wanted) ADD_FAILURE() << "the modem sent more than the rig can hold";
+    const std::size_t room = most - std::min(waiting, most);
+    if (!room_ && bytes.size() > room) ADD_FAILURE() << "the modem sent more than the rig can hold";
+    const std::size_t size = std::min(bytes.size(), room);
     const std::size_t place = memory_.receive_tail % kReceiveSize;
     const std::size_t before_the_end = std::min(size, kReceiveSize - place);
     std::memcpy(memory_.receive + place, bytes.data(), before_the_end);

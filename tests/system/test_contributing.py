@@ -10,6 +10,7 @@ import unittest
 import cards
 import papers
 from router_sandbox import BUILD, PROJECT, figure
+from tracked_files import tracked_files
 
 GUIDE = "CONTRIBUTING.md"
 COPY = BUILD / "card-recipe"  # a tree beside the build, kept so that only what changes is built
@@ -114,9 +115,7 @@ class Tree:
     """The files of the project, changed in memory and laid down where they differ."""
 
     def __init__(self):
-        listing = run("git", "ls-files", "-co", "--exclude-standard").splitlines()
-        self.files = {name: (PROJECT / name).read_bytes() for name in listing
-                      if (PROJECT / name).is_file()}
+        self.files = {name: (PROJECT / name).read_bytes() for name in tracked_files()}
 
     def apply(self, block):
         """A patch without line numbers: what stays and what goes is looked for downwards."""

@@ -2,12 +2,12 @@
 
 import fnmatch
 import re
-import subprocess
 import unittest
 
 import papers
 from router_sandbox import PROJECT
 from test_style import NAMED_TEST, cases_below
+from tracked_files import tracked_files
 
 # What a document may name though no program of this tree does, and what it is there.
 OTHERS_PATHS = {
@@ -42,13 +42,7 @@ OPTION = re.compile(r"(?<![\w-])--[a-z][\w-]+")
 LINK = re.compile(r"\]\(([^)#]*)(?:#([^)]*))?\)")
 
 
-def tracked():
-    listing = subprocess.run(["git", "-C", str(PROJECT), "ls-files", "-co", "--exclude-standard"],
-                             check=True, capture_output=True, text=True).stdout
-    return [name for name in listing.splitlines() if (PROJECT / name).is_file()]
-
-
-FILES = tracked()
+FILES = tracked_files()
 FOLDERS = {name.rsplit("/", depth)[0] for name in FILES for depth in range(1, name.count("/") + 1)}
 TOPS = {folder.split("/")[0] for folder in FOLDERS}
 ROOMS = {folder.split("/")[1] for folder in FOLDERS if folder.startswith("src/")}

@@ -7,6 +7,7 @@ import subprocess
 import unittest
 
 from router_sandbox import BUILD, PROJECT
+from tracked_files import tracked_files
 
 SOURCE = PROJECT / "src"
 CODE = (".h", ".cpp")
@@ -49,16 +50,9 @@ def code_files(folder):
     return sorted(p for p in folder.rglob("*") if p.suffix in CODE)
 
 
-def tracked_files():
-    """Every text file that belongs to the project: known to git, or about to be."""
-    listing = subprocess.run(["git", "-C", str(PROJECT), "ls-files", "-co", "--exclude-standard"],
-                             capture_output=True, text=True, check=False)
-    names = listing.stdout.splitlines()
-    if listing.returncode != 0:  # an unpacked archive
-        names = [str(p.relative_to(PROJECT)) for p in PROJECT.rglob("*") if p.is_file()]
-        names = [n for n in names if not n.startswith(("build/", ".git/"))]
-    paths = [PROJECT / name for name in names]
-    return [p for p in paths if p.is_file() and p.suffix in TEXT]
+def text_files():
+    """Every text file that belongs to the project."""
+    return [PROJECT / n for n in tracked_files() if pathlib.Path(n).suffix in TEXT]
 
 
 def includes(path):
@@ -193,7 +187,7 @@ class Files(unittest.TestCase):
 
     def test_no_forbidden_words(self):
         wrong = []
-        for path in tracked_files():
+        for path in text_files():
             if path == pathlib.Path(__file__).resolve():
                 continue
             text = path.read_text(errors="replace")
