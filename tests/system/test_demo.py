@@ -292,7 +292,7 @@ class Screen(OnTerminal):
 
     def test_a_large_window_shows_when_each_part_began(self):
         terminal = self.watch_whole_story("E362", 120, 40)
-        self.assertTrue(terminal.has("✓  0:00  Power on", "A dropped call", "The modem's return"))
+        terminal.wait_for("✓  0:00  Power on", "A dropped call", "The modem's return")
 
     def test_follows_the_size_of_the_window(self):
         terminal = self.start(*FAST)
@@ -332,7 +332,7 @@ class ByHand(OnTerminal):
     def test_simulated_lte_card(self):
         terminal = self.start("--by-hand", "--speed", "20")
         terminal.wait_for("20 of 31", "10.64.0.60")
-        self.assertTrue(terminal.has("+ - signal   d drop call   u unplug"))
+        terminal.wait_for("+ - signal   d drop call   u unplug")
         self.assertFalse(terminal.has("message"))
         terminal.press("-")
         terminal.wait_for("You set the signal to 16 of 31.", "16 of 31   (/var/log/lightbar)")
@@ -359,7 +359,7 @@ class ByHand(OnTerminal):
 
     def test_real_messages_and_a_real_plug(self):
         terminal = self.start_with_messages()
-        self.assertTrue(terminal.has("+ - signal   u unplug   i message in   o message out"))
+        terminal.wait_for("+ - signal   u unplug   i message in   o message out")
         self.assertFalse(terminal.has("drop call"))
         terminal.press("i")
         terminal.wait_for("received 1")
