@@ -83,7 +83,8 @@ def tell_the_cost(progress):
 
 
 def tell_of_steady_life(options):
-    text = years.tables(years.measure(options.steady, options.card))
+    chosen = [options.card] if options.card else [model.name for model in years.cards.MODELS]
+    text = years.tables(years.measure(options.steady, chosen, options.jobs))
     if options.write:
         years.renew(text)
     else:
