@@ -68,6 +68,8 @@ class SupervisedLife:
         starts = self.router.starts()
         self.router.write("/etc/default/modemd", settings(DEVICE=""))
         self.start()
+        self.router.wait_for(lambda: "modemd-run: no DEVICE" in
+                             self.router.read("/var/log/messages"), "the complaint")
         self.router.wait_for(self.has_given_up, "it to be left alone")
         self.assertEqual(self.router.starts(), starts)
 

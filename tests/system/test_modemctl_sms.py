@@ -9,7 +9,7 @@ from text_gateway import MODEMCTL, TextGateway, document_of
 RECEIVED = "FROM=15550123\nTIME=26/03/14-09:15:02-20\nMSG={}\n"
 
 
-class Sending(unittest.TestCase):
+class OnAir:
     """The daemon gives the modem a moment to answer, and on a busy machine an answer may miss it:
     a message may count as sent at its second attempt only."""
 
@@ -25,6 +25,8 @@ class Sending(unittest.TestCase):
     def names(self, folder):
         return sorted(os.listdir(self.router.path(f"/tmp/sms/{folder}")))
 
+
+class Sending(OnAir, unittest.TestCase):
     def test_1_a_message_goes_on_air_as_typed(self):
         document = self.router.document("sms send '+1 (555) 0100' 'The pump is off' --wait")
         message = document["messages"][0]
@@ -47,7 +49,15 @@ class Sending(unittest.TestCase):
         for number in range(30):
             self.assertIn(f"word{number:03}", sent)
 
-    def test_3_what_the_network_refuses_is_told_with_its_reason(self):
+    def test_3_without_a_log_the_end_is_unknown_and_says_so(self):
+        self.router.shell("kill $(pgrep -f 'busybox syslog[d]'); rm -f /var/log/messages /var/log/messages.0")
+        document = self.router.document("sms send 5550104 'Heard by nobody' --wait")
+        self.assertEqual(document["messages"][0]["fate"], "unknown")
+        self.assertIn("no line of the log", document["messages"][0]["sign"])
+
+
+class Refused(OnAir, unittest.TestCase):
+    def test_1_what_the_network_refuses_is_told_with_its_reason(self):
         self.router.ctl("sms-fails", "38", "forever")
         document = self.router.document("sms send 5550102 'Nobody hears me' --wait")
         self.router.ctl("sms-fails", "off")
@@ -58,19 +68,13 @@ class Sending(unittest.TestCase):
         self.assertEqual([m["to"] for m in failed], ["5550102"])
         self.assertIn("Network out of order", failed[0]["reason"])
 
-    def test_4_it_is_tried_again_on_request(self):
+    def test_2_it_is_tried_again_on_request(self):
         name = self.names("send_fail")[0]
         changes = self.router.document(f"sms requeue {name}")["changes"]
         self.assertEqual([c["done"] for c in changes], [True])
         self.assertEqual(self.names("send_fail"), [])
         self.router.wait_for(lambda: "Nobody hears me" in self.router.ctl("sent"), "the message",
                              patience=3 * PATIENCE)
-
-    def test_5_without_a_log_the_end_is_unknown_and_says_so(self):
-        self.router.shell("kill $(pgrep -f 'busybox syslog[d]'); rm -f /var/log/messages /var/log/messages.0")
-        document = self.router.document("sms send 5550104 'Heard by nobody' --wait")
-        self.assertEqual(document["messages"][0]["fate"], "unknown")
-        self.assertIn("no line of the log", document["messages"][0]["sign"])
 
 
 class Spool(unittest.TestCase):

@@ -33,7 +33,7 @@ def told_lines(fault):
 
 
 class Story:
-    """A router whose link is up, under its keeper."""
+    """A router whose link is up and known to be so, under its keeper."""
 
     @classmethod
     def setUpClass(cls):
@@ -42,10 +42,16 @@ class Story:
         router.write("/etc/default/modemd", f"LIBEXEC={LIBEXEC}\nDAEMON={BUILD}/modemd\n")
         router.run(SCRIPT, "start")
         router.wait_for(router.addresses, "the first address")
+        cls.wait_for_known_call()
 
     @classmethod
     def tearDownClass(cls):
         cls.router.close()
+
+    @classmethod
+    def wait_for_known_call(cls):
+        cls.router.wait_for(lambda: cls.router.statistics().get("CELLMODEM_QMI_STATE", "")
+                            .startswith("CONNECTED"), "the call to be known")
 
     def setUp(self):
         self.logged_before = len(self.router.log())
@@ -71,32 +77,35 @@ class Story:
         return self.router.read("/var/run/modemd.pid").strip()
 
 
-class Process(Story, unittest.TestCase):
-    """The daemon is killed, started twice, and loses its modem."""
-
-    def test_1_kill_9_is_mended_by_the_keeper_and_the_link_stays(self):
+class KilledDaemon(Story, unittest.TestCase):
+    def test_is_mended_by_the_keeper_and_the_link_stays(self):
         before = self.daemon()
         self.router.shell(f"kill -9 {before}")
         self.assertTrue(self.router.addresses(), "the client is not the daemon's child")
         self.router.wait_for(lambda: self.daemon() not in ("", before), "the next daemon")
         self.wait_for_told_lines("killed")
-        self.router.wait_for(lambda: self.router.statistics().get("CELLMODEM_QMI_STATE", "")
-                             .startswith("CONNECTED"), "the call to be known")
+        self.wait_for_known_call()
         self.assertTrue(self.router.addresses())
 
-    def test_2_a_second_copy_gives_way(self):
+
+class SecondCopy(Story, unittest.TestCase):
+    def test_gives_way(self):
         before = self.daemon()
         self.router.start_daemon("-E362", "/dev/ttyUSB0")
         self.assertEqual(self.router.wait_for_exit(), 255)
         self.wait_for_told_lines("second-copy")
         self.assertEqual(self.daemon(), before)
 
-    def test_3_a_dropped_call_comes_back(self):
+
+class DroppedCall(Story, unittest.TestCase):
+    def test_comes_back(self):
         self.router.ctl("drop-call")
         self.wait_for_told_lines("call-dropped")
         self.wait_for_a_new_lease()
 
-    def test_4_a_modem_that_was_pulled_out_comes_back(self):
+
+class PulledOutModem(Story, unittest.TestCase):
+    def test_comes_back(self):
         before = self.daemon()
         self.router.ctl("unplug")
         self.wait_for_told_lines("unplugged")
@@ -106,10 +115,8 @@ class Process(Story, unittest.TestCase):
         self.wait_for_a_new_lease()
 
 
-class Network(Story, unittest.TestCase):
-    """No address, no client, no SIM."""
-
-    def test_1_a_carrier_that_gives_no_address(self):
+class SilentCarrier(Story, unittest.TestCase):
+    def test_gives_no_address(self):
         self.router.run("/sbin/carrier", "no-answer")
         self.router.ctl("drop-call")
         self.wait_for_told_lines("no-address")
@@ -117,7 +124,9 @@ class Network(Story, unittest.TestCase):
         self.router.run("/sbin/carrier", "answer")
         self.wait_for_a_new_lease()
 
-    def test_2_a_client_that_is_missing(self):
+
+class MissingClient(Story, unittest.TestCase):
+    def test_is_started_when_it_is_there_again(self):
         self.router.shell("mv /sbin/udhcpc /sbin/udhcpc.away")
         self.router.ctl("drop-call")
         self.wait_for_told_lines("no-address")
@@ -125,7 +134,9 @@ class Network(Story, unittest.TestCase):
         self.router.shell("mv /sbin/udhcpc.away /sbin/udhcpc")
         self.wait_for_a_new_lease()
 
-    def test_3_a_sim_that_is_pulled_out(self):
+
+class PulledOutSim(Story, unittest.TestCase):
+    def test_comes_back(self):
         self.router.ctl("sim", "absent")
         self.wait_for_told_lines("sim-out")
         self.router.ctl("sim", "ready")
