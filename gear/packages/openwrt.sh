@@ -12,7 +12,7 @@ make_openwrt() {
 }
 
 openwrt_files_are_right() {
-    same "etc/config/modemd etc/init.d/modemd usr/sbin/modemd" \
+    same "etc/config/modemd etc/init.d/modemd usr/libexec/modemd/modemd-watch usr/sbin/modemd" \
         "$(below "$openwrt/out/root-modemd")" &&
         same "usr/bin/modemctl" "$(below "$openwrt/out/root-modemctl")" &&
         same /etc/config/modemd "$(<"$openwrt/out/modemd.conffiles")" &&
