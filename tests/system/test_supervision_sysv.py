@@ -2,6 +2,7 @@
 
 import unittest
 
+from router_sandbox import PROJECT, Router
 from supervised_life import SupervisedLife, settings
 from supervised_router import SupervisedRouter
 
@@ -60,6 +61,30 @@ class HangupBetweenTwoWaits(unittest.TestCase):
             killed = router.daemon()
             router.shell(f"chmod 755 /usr/sbin/logger; kill -KILL {killed}")
             router.wait_for_daemon(other_than=killed)
+
+
+class HangupAtAnyMoment(unittest.TestCase):
+    """Also while a child of the keeper is no program of its own yet."""
+
+    HANGUPS = 300
+    SCRIPT = f"""
+        mkdir /tmp/keeper && cd /tmp/keeper && cp {PROJECT}/packaging/libexec/modemd-keeper .
+        printf '#!/bin/sh\\necho >>/tmp/keeper/starts; exit 1\\n' >modemd-run
+        chmod +x modemd-run && ./modemd-keeper & keeper=$!
+        for i in $(seq {HANGUPS}); do
+            until [ $(wc -l 2>/dev/null </tmp/keeper/starts || echo 0) -ge $i ]; do :; done
+            for j in $(seq $((i * 37 % 9000))); do :; done
+            kill -HUP $keeper
+        done
+        until [ $(wc -l </tmp/keeper/starts) -gt {HANGUPS} ]; do :; done
+        kill -TERM $keeper; wait $keeper
+    """
+
+    def test_each_is_heeded(self):
+        with Router(None, ("sh", "-c", self.SCRIPT + "sleep 100000")) as router:
+            router.wait_for(lambda: not router.exists("/var/run/modemd-keeper.pid")
+                            and router.exists("/tmp/keeper/starts"), "the end")
+            self.assertEqual(router.read("/tmp/keeper/starts"), "\n" * (self.HANGUPS + 1))
 
 
 if __name__ == "__main__":
