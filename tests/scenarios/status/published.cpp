@@ -8,7 +8,6 @@
 
 namespace {
 
-constexpr char kContext[] = "CELLMODEM_SIM_CONT_APN";
 constexpr std::time_t kStart = 1773479700;  // 2026-03-14 09:15:00 UTC
 
 std::string KeyOf(const std::string& line) {
@@ -48,15 +47,6 @@ std::string With(const std::string& text, const Changes& changes) {
         }
     }
     return result;
-}
-
-Lines KeysOf(const std::string& text) {
-    Lines keys;
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line, '\n');) {
-        if (line.compare(0, sizeof(kContext) - 1, kContext) != 0) keys.push_back(KeyOf(line));
-    }
-    return keys;
 }
 
 void ExpectStatistics(const rig::FileVersion& version, const std::string& text) {

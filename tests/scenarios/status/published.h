@@ -23,9 +23,6 @@ void Teach(rig::World& world, const std::vector<Reply>& replies);
 
 std::string With(const std::string& text, const Changes& changes);
 
-// The key of each line of a statistics file, the context keys left out.
-Lines KeysOf(const std::string& text);
-
 // The newest statistics file, which must be watched, reads so; `text` is without the first line.
 // The first line must tell when the file was made.
 void ExpectStatistics(const rig::World& world, const std::string& text);

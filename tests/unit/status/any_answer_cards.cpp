@@ -112,62 +112,6 @@ std::vector<CardAnswer> AnswersOf881() {
     };
 }
 
-constexpr char kFileOf881[] =
-    "#Device Properties :\n"
-    "CELLMODEM_ESN=001017088100014\n"
-    "CELLMODEM_IMEI=001017088100014\n"
-    "CELLMODEM_SIM_ID=8900101000000000017\n"
-    "CELLMODEM_MDN=2015550188\n"
-    "CELLMODEM_MANU=Example Modems\n"
-    "CELLMODEM_MODEL=MC8801\n"
-    "CELLMODEM_FIRMWARE_V=K2_0_1_2TEST\n"
-    "CELLMODEM_HARDWARE_V=HW 1.0\n"
-    "CELLMODEM_SKU_PRIID=9900123 01.02\n"
-    "#Network Service Info :\n"
-    "CELLMODEM_CARRIER=Example Net\n"
-    "CELLMODEM_CARRIER_PLMN=001010\n"
-    "CELLMODEM_BAND=WCDMA1900\n"
-    "CELLMODEM_CURRENT_RSSI=-80\n"
-    "CELLMODEM_HIGHSPEED_RSSI=-80\n"
-    "CELLMODEM_LOWSPEED_RSSI=-92\n"
-    "CELLMODEM_CURRENT_CSQ=27\n"
-    "CELLMODEM_HIGHSPEED_CSQ=27\n"
-    "CELLMODEM_LOWSPEED_CSQ=17\n"
-    "CELLMODEM_CURRENT_ECIO=-5.5\n"
-    "CELLMODEM_SIM_CONT_APN0=1:internet\n"
-    "CELLMODEM_SIM_CONT_APN1=3:my.apn\n"
-    "CELLMODEM_POWERON_TIME=1234\n"
-    "CELLMODEM_SYSTEM_MODE=WCDMA\n"
-    "CELLMODEM_SERVICE_TYPE=HSPA\n"
-    "CELLMODEM_LTE_BAND=\n"
-    "CELLMODEM_LTE_RX_CHAN=\n"
-    "CELLMODEM_LTE_TX_CHAN=\n"
-    "CELLMODEM_LTE_BW=\n"
-    "CELLMODEM_LTE_RSRP=\n"
-    "CELLMODEM_LTE_RSRQ=\n"
-    "CELLMODEM_LTE_TRAC_AREA_CODE=\n"
-    "CELLMODEM_WCDMA_BAND=WCDMA1900\n"
-    "CELLMODEM_WCDMA_CHANNEL=9662\n"
-    "CELLMODEM_GMM_PS_STATE=REGISTERED:NORMAL SERVICE\r\n"
-    "CELLMODEM_MM_CS_STATE=IDLE:NORMAL SERVICE\r\n"
-    "CELLMODEM_WCDMA_L1_STATE=L1M_FACH\n"
-    "CELLMODEM_RX_LEVEL=-80\n"
-    "CELLMODEM_RX_LEVEL_C0=\n"
-    "CELLMODEM_RX_LEVEL_C1=\n"
-    "CELLMODEM_LOCATION_AREA_CODE=1A2B\n"
-    "CELLMODEM_SERVING_CELL=1C3D401 (29611009)\n"
-    "CELLMODEM_ROAMING=0\n"
-    "CELLMODEM_SIM_STATUS=Available\n"
-    "CELLMODEM_TEMPERATURE=38\n"
-    "CELLMODEM_MODE=ONLINE\n"
-    "CELLMODEM_PS_STATE=Attached\n"
-    "CELLMODEM_GSM_CHANNEL=512\n"
-    "CELLMODEM_RRC_STATE=CELL_FACH\n"
-    "CELLMODEM_CREG=Registered, Home Network\n"
-    "CELLMODEM_CREG_ABR=Reg Home\n"
-    "CELLMODEM_GPRS_STATE=READY\n"
-    "CELLMODEM_CURRENT_CHAN=512\n";
-
 // --- The Novatel cards ---------------------------------------------------------------------------
 
 std::vector<CardAnswer> AnswersOfE362() {
@@ -204,45 +148,6 @@ std::vector<CardAnswer> AnswersOfE362() {
     };
 }
 
-// (113 - 70) / 1.22 = 35.2, which is cut at 31.
-constexpr char kFileOfE362[] =
-    "#Device Properties :\n"
-    "CELLMODEM_ESN=001017088100014\n"
-    "CELLMODEM_IMEI=001017088100014\n"
-    "CELLMODEM_SIM_ID=8900101000000000017\n"
-    "CELLMODEM_MDN=2015550188\n"
-    "CELLMODEM_MANU=Example Modems\n"
-    "CELLMODEM_MODEL=E362\n"
-    "CELLMODEM_FIRMWARE_V=2.04\r\n"
-    "CELLMODEM_HARDWARE_V=Unknown\n"
-    "#Network Service Info :\n"
-    "CELLMODEM_CARRIER=Example Net\n"
-    "CELLMODEM_CARRIER_PLMN=Unknown\n"
-    "CELLMODEM_BAND=Unknown\n"
-    "CELLMODEM_CURRENT_RSSI=-70\n"
-    "CELLMODEM_HIGHSPEED_RSSI=-70\n"
-    "CELLMODEM_LOWSPEED_RSSI=-92\n"
-    "CELLMODEM_CURRENT_CSQ=31\n"
-    "CELLMODEM_HIGHSPEED_CSQ=31\n"
-    "CELLMODEM_LOWSPEED_CSQ=17\n"
-    "CELLMODEM_CURRENT_ECIO=-6.5\n"
-    "CELLMODEM_CURRENT_ECIO=-6.5\n"
-    "CELLMODEM_LTE_RSRP=-99\n"
-    "CELLMODEM_LTE_RSRQ=-11\n"
-    "CELLMODEM_QMI_RESULT=Unknown\n"
-    "CELLMODEM_QMI_RESULT_NUMBER=Unknown\n"
-    "CELLMODEM_QMI_STATE=Unknown\n"
-    "CELLMODEM_QMI_END_REASON=Unknown\n"
-    "CELLMODEM_QMI_CALL_TIME=Unknown\n"
-    "CELLMODEM_SERVICE_TYPE=LTE\n"
-    "CELLMODEM_SYSTEM_MODE=\n"
-    "CELLMODEM_SERVICE_DOMAIN=Unknown\n"
-    "CELLMODEM_CREG=Registered, Roaming\n"
-    "CELLMODEM_CREG_ABR=Reg Roam\n"
-    "CELLMODEM_TEMPERATURE=41\n"
-    "CELLMODEM_SIM_CONT_APN0=1:internet\n"
-    "CELLMODEM_SIM_CONT_APN1=3:my.apn\n";
-
 std::vector<CardAnswer> AnswersOfE371() {
     return {
         SubscriberNumber(),
@@ -269,44 +174,6 @@ std::vector<CardAnswer> AnswersOfE371() {
     };
 }
 
-constexpr char kFileOfE371[] =
-    "#Device Properties :\n"
-    "CELLMODEM_ESN=001017088100014\n"
-    "CELLMODEM_IMEI=001017088100014\n"
-    "CELLMODEM_SIM_ID=8900101000000000017\n"
-    "CELLMODEM_MDN=2015550188\n"
-    "CELLMODEM_MANU=Example Modems\n"
-    "CELLMODEM_MODEL=E371\n"
-    "CELLMODEM_FIRMWARE_V=2.04\r\n"
-    "CELLMODEM_HARDWARE_V=Unknown\n"
-    "#Network Service Info :\n"
-    "CELLMODEM_CARRIER=Unknown\n"
-    "CELLMODEM_CARRIER_PLMN=Unknown\n"
-    "CELLMODEM_BAND=Unknown\n"
-    "CELLMODEM_CURRENT_RSSI=0\n"
-    "CELLMODEM_HIGHSPEED_RSSI=0\n"
-    "CELLMODEM_LOWSPEED_RSSI=-70\n"
-    "CELLMODEM_CURRENT_CSQ=31\n"
-    "CELLMODEM_HIGHSPEED_CSQ=31\n"
-    "CELLMODEM_LOWSPEED_CSQ=17\n"
-    "CELLMODEM_CURRENT_ECIO=-6.5\n"
-    "CELLMODEM_CURRENT_ECIO=-6.5\n"
-    "CELLMODEM_LTE_RSRP=-99\n"
-    "CELLMODEM_LTE_RSRQ=-11\n"
-    "CELLMODEM_QMI_RESULT=Unknown\n"
-    "CELLMODEM_QMI_RESULT_NUMBER=Unknown\n"
-    "CELLMODEM_QMI_STATE=Unknown\n"
-    "CELLMODEM_QMI_END_REASON=Unknown\n"
-    "CELLMODEM_QMI_CALL_TIME=Unknown\n"
-    "CELLMODEM_SERVICE_TYPE=LTE PS\n"
-    "CELLMODEM_SYSTEM_MODE=\n"
-    "CELLMODEM_SERVICE_DOMAIN=Packet-switched only \n"
-    "CELLMODEM_CREG=Registered, Roaming\n"
-    "CELLMODEM_CREG_ABR=Reg Roam\n"
-    "CELLMODEM_TEMPERATURE=41\n"
-    "CELLMODEM_SIM_CONT_APN0=1:internet\n"
-    "CELLMODEM_SIM_CONT_APN1=3:my.apn\n";
-
 // --- The cards of which little is published ------------------------------------------------------
 
 std::vector<CardAnswer> AnswersOfUsb305() {
@@ -328,31 +195,6 @@ std::vector<CardAnswer> AnswersOfUsb305() {
     };
 }
 
-// The signal of 17 is -92 dBm, and that is CSQ 17 again.
-constexpr char kFileOfUsb305[] =
-    "#Device Properties :\n"
-    "CELLMODEM_ESN=001017088100014\n"
-    "CELLMODEM_IMEI=001017088100014\n"
-    "CELLMODEM_SIM_ID=Unknown\n"
-    "CELLMODEM_MDN=2015550188\n"
-    "CELLMODEM_MANU=Example Modems\n"
-    "CELLMODEM_MODEL=USB305\n"
-    "CELLMODEM_FIRMWARE_V=K2_0_1_2TEST\n"
-    "CELLMODEM_HARDWARE_V=Unknown\n"
-    "#Network Service Info :\n"
-    "CELLMODEM_CARRIER=Unknown\n"
-    "CELLMODEM_CARRIER_PLMN=Unknown\n"
-    "CELLMODEM_BAND=Unknown\n"
-    "CELLMODEM_CURRENT_RSSI=-92\n"
-    "CELLMODEM_HIGHSPEED_RSSI=-92\n"
-    "CELLMODEM_LOWSPEED_RSSI=-92\n"
-    "CELLMODEM_CURRENT_CSQ=17\n"
-    "CELLMODEM_HIGHSPEED_CSQ=17\n"
-    "CELLMODEM_LOWSPEED_CSQ=17\n"
-    "CELLMODEM_CURRENT_ECIO=Unknown\n"
-    "CELLMODEM_SIM_CONT_APN0=1:internet\n"
-    "CELLMODEM_SIM_CONT_APN1=3:my.apn\n";
-
 std::vector<CardAnswer> AnswersOfMc75i() {
     return {
         SubscriberNumber(),
@@ -362,39 +204,15 @@ std::vector<CardAnswer> AnswersOfMc75i() {
     };
 }
 
-constexpr char kFileOfMc75i[] =
-    "#Device Properties :\n"
-    "CELLMODEM_ESN=001017088100014\n"
-    "CELLMODEM_IMEI=001017088100014\n"
-    "CELLMODEM_SIM_ID=8900101000000000017\n"
-    "CELLMODEM_MDN=2015550188\n"
-    "CELLMODEM_MANU=Unknown\n"
-    "CELLMODEM_MODEL=Unknown\n"
-    "CELLMODEM_FIRMWARE_V=Unknown\n"
-    "CELLMODEM_HARDWARE_V=Unknown\n"
-    "#Network Service Info :\n"
-    "CELLMODEM_CARRIER=Unknown\n"
-    "CELLMODEM_CARRIER_PLMN=Unknown\n"
-    "CELLMODEM_BAND=Unknown\n"
-    "CELLMODEM_CURRENT_RSSI=-92\n"
-    "CELLMODEM_HIGHSPEED_RSSI=-125\n"
-    "CELLMODEM_LOWSPEED_RSSI=-92\n"
-    "CELLMODEM_CURRENT_CSQ=17\n"
-    "CELLMODEM_HIGHSPEED_CSQ=99\n"
-    "CELLMODEM_LOWSPEED_CSQ=17\n"
-    "CELLMODEM_CURRENT_ECIO=Unknown\n"
-    "CELLMODEM_SIM_CONT_APN0=1:internet\n"
-    "CELLMODEM_SIM_CONT_APN1=3:my.apn\n";
-
 }  // namespace
 
 const std::vector<AnsweringCard>& AnsweringCards() {
     static const std::vector<AnsweringCard> cards = {
-        {"881", kCardSierra881, AnswersOf881(), kFileOf881},
-        {"USB305", kCardSierraUsb305, AnswersOfUsb305(), kFileOfUsb305},
-        {"mc75i", kCardMc75i, AnswersOfMc75i(), kFileOfMc75i},
-        {"E362", kCardNovatelE362, AnswersOfE362(), kFileOfE362},
-        {"E371", kCardNovatelE371, AnswersOfE371(), kFileOfE371},
+        {"881", kCardSierra881, AnswersOf881()},
+        {"USB305", kCardSierraUsb305, AnswersOfUsb305()},
+        {"mc75i", kCardMc75i, AnswersOfMc75i()},
+        {"E362", kCardNovatelE362, AnswersOfE362()},
+        {"E371", kCardNovatelE371, AnswersOfE371()},
     };
     return cards;
 }

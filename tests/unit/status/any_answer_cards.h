@@ -9,7 +9,7 @@
 struct CardAnswer {
     const char* command;
     Lines lines;
-    // Lines of the usual file that change: "KEY=value", or a lone "KEY" for a line that is gone.
+    // Lines of the file that change: "KEY=value", or a lone "KEY" for a line that is gone.
     std::vector<const char*> when_silent;
     // The same for an ERROR answer; empty when it counts as silence.
     std::vector<const char*> on_error = {};
@@ -23,7 +23,6 @@ struct AnsweringCard {
     const char* name;
     int type;
     std::vector<CardAnswer> answers;
-    const char* usual_file;  // without its first line, the time
 };
 
 const std::vector<AnsweringCard>& AnsweringCards();

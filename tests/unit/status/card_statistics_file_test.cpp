@@ -173,6 +173,7 @@ TEST_F(StatisticsFile, OfTheSierra881) {
               FileOf(kCardSierra881));
 }
 
+// Guards oddity ecio-twice.
 TEST_F(StatisticsFile, OfTheNovatelCards) {
     for (const int card : {kCardNovatelE362, kCardNovatelE371}) {
         EXPECT_EQ(std::string(kTop) + kNetwork + kLte + kContexts, FileOf(card)) << card;

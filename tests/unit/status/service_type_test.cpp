@@ -152,6 +152,18 @@ TEST_F(E362Service, ServiceThatIsBackTooLateIsDisconnectedAllTheSame) {
     EXPECT_THAT(world.Commands(), Contains(kDisconnect));
 }
 
+// Neither good nor bad: the timer runs on, but nobody looks at it until the modem speaks again.
+TEST_F(E362Service, SilenceIsNotCountedAsNoService) {
+    Ask({"No Service"});
+    Wait(31);
+    world.answers.clear();
+    EXPECT_FALSE(QueryServiceType());
+    EXPECT_TRUE(g_Cp_NoServiceTimer->IsRunning());
+    EXPECT_THAT(world.Commands(), Not(Contains(kDisconnect)));
+    Ask({"No Service"});
+    EXPECT_THAT(world.Commands(), Contains(kDisconnect));
+}
+
 TEST_F(E362Service, LogsTheTimersLife) {
     const auto lose_service = [this] {
         g_Cp_NoServiceTimer->Stop();
@@ -183,9 +195,6 @@ TEST_F(E362Service, LogsEachLine) {
                     "DEBUG: checking line : "));
     EXPECT_EQ(kAbove1,
               LevelsThatLog("DEBUG: line not empty, cleaning white space", QueryServiceType));
-    EXPECT_EQ(kAbove1,
-              LevelsThatLog("DEBUG: line after cleaning (length 3): LTE", QueryServiceType));
-    EXPECT_EQ(kAbove1, LevelsThatLog("DEBUG: checking line : OK\r", QueryServiceType));
 }
 
 class E371Service : public StatusTest {
@@ -365,18 +374,14 @@ TEST_F(SierraService, LogsBothQueriesAlike) {
     const Lines log = LogAtLevel(2, QueryServiceType);
     const auto tail = log.end() - 4;  // then the change
     EXPECT_EQ(wanted, Lines(tail, tail + 3));
-    for (const std::string& line : wanted) {
-        EXPECT_EQ(kAbove1, LevelsThatLog(line, QueryServiceType)) << line;
-    }
-    EXPECT_EQ(kAbove1, LevelsThatLog("DEBUG: checking line : ERROR\r", QueryServiceType));
 }
 
 TEST_F(SierraService, IsNotAskedOfGenericModemsAndTheMc75i) {
+    EXPECT_THAT(CardsAsked(QueryServiceType),
+                ElementsAre(kCardSierra881, kCardType3, kCardSierraUsb305, kCardNovatelE362,
+                            kCardNovatelE371));
     stats.service_type = "kept";
-    for (const int card : {kCardGeneric, kCardMc75i}) {
-        g_i_CardType = card;
-        QueryServiceType();
-    }
+    g_i_CardType = kCardMc75i;
+    QueryServiceType();
     EXPECT_EQ("kept", stats.service_type);
-    EXPECT_THAT(world.Commands(), IsEmpty());
 }

@@ -225,9 +225,6 @@ TEST_F(NovatelSignal, LogsEachLineAndLabel) {
                 ElementsAre("DEBUG: token count is : 3", "DEBUG: checking line : RSSI= 70\r",
                             "DEBUG: line looks like RSSI=", "DEBUG: checking line : OK\r",
                             "DEBUG: checking line : "));
-    EXPECT_EQ(kAbove1, LevelsThatLog("DEBUG: token count is : 3", QueryNovatelSignal));
-    EXPECT_EQ(kAbove1, LevelsThatLog("DEBUG: line looks like RSSI=", QueryNovatelSignal));
-    EXPECT_EQ(kAbove1, LevelsThatLog("DEBUG: checking line : OK\r", QueryNovatelSignal));
 }
 
 class SierraEcio : public StatusTest {
@@ -270,13 +267,10 @@ TEST_F(SierraEcio, IsEmptyWhenTheModemDoesNotTell) {
 }
 
 TEST_F(SierraEcio, IsNotAskedOfOtherCards) {
+    EXPECT_THAT(CardsAsked(QuerySierraEcio), ElementsAre(kCardSierra881));
     stats.ecio = "kept";
-    for (const int card : {kCardGeneric, kCardType3, kCardSierraUsb305, kCardMc75i,
-                           kCardNovatelE362, kCardNovatelE371}) {
-        g_i_CardType = card;
-        QuerySierraEcio();
-    }
-    EXPECT_THAT(world.Commands(), IsEmpty());
+    g_i_CardType = kCardNovatelE362;
+    QuerySierraEcio();
     EXPECT_EQ("kept", stats.ecio);
 }
 
@@ -287,6 +281,4 @@ TEST_F(SierraEcio, LogsTheLabelOfTheHit) {
         Lines(log.end() - 3, log.end()),
         ElementsAre("DEBUG: token count is : 3", "DEBUG: checking line : Tot Ec/Io: -5 dB\r",
                     "DEBUG: line looks like 'Tot Ec/Io:', cleaning white space"));
-    EXPECT_EQ(kAbove1, LevelsThatLog("DEBUG: line looks like 'Tot Ec/Io:', cleaning white space",
-                                     QuerySierraEcio));
 }

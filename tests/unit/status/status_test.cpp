@@ -110,3 +110,14 @@ Levels StatusTest::LevelsThatLog(const std::string& line, const std::function<vo
     }
     return levels;
 }
+
+Cards StatusTest::CardsAsked(const std::function<void()>& query) {
+    Cards asked;
+    for (const int card : kEveryCard) {
+        g_i_CardType = card;
+        world.heard.clear();
+        query();
+        if (!world.Commands().empty()) asked.push_back(card);
+    }
+    return asked;
+}

