@@ -9,15 +9,28 @@ using rig::World;
 
 namespace {
 
-// A check that finds the call down, and all that the restart does.
-Lines Restart(const std::string& time, const std::string& reason, const std::string& result) {
-    return {
+std::size_t CountCommand(const World& world, const std::string& command) {
+    return world.trace.CommandTimes(command).size();
+}
+
+TEST(LteLink, ComesUpAfterAColdStartAndThenStays) {
+    World world("-E362");
+    Carrier carrier(world);
+    world.Start();
+    world.RunFor(2min);
+
+    const Lines expected = {
+        std::string("run: ") + kUpLine,
+        "log: Service Type changed from 'Unknown' to 'LTE'",
+        "log: Starting/Signaling udhcpc",
+        std::string("run: ") + kStartLine,
+        // A check that finds the call down, and all that the restart does.
         std::string("modem: ") + kStatusCommand,
         std::string("run: touch ") + kDialing,
         std::string("log: ") + kRestarting,
-        "log: Last connect time was reported as '" + time + "'",
-        "log: Last connect end reason was '" + reason + "'",
-        "log: Last qmi result was '" + result + "'",
+        "log: Last connect time was reported as 'Unknown'",
+        "log: Last connect end reason was 'Unknown'",
+        "log: Last qmi result was 'Unknown'",
         "log: Stopping udhcpc on wwan0",
         std::string("run: ") + kTerminateLine,
         std::string("run: ") + kUpLine,
@@ -28,32 +41,6 @@ Lines Restart(const std::string& time, const std::string& reason, const std::str
         std::string("run: ") + kStartLine,
         std::string("modem: ") + kStatusCommand,
     };
-}
-
-std::size_t CountCommand(const World& world, const std::string& command) {
-    return world.trace.CommandTimes(command).size();
-}
-
-std::string StatusAnswer(const std::string& result, const std::string& state,
-                         const std::string& reason, const std::string& duration) {
-    return "\r\n$NWQMISTATUS: " + result + "\r\nQMI State: " + state +
-           "\r\nCall End Reason: " + reason + "\r\nCall Duration: " + duration + "\r\n\r\nOK\r\n";
-}
-
-TEST(LteLink, ComesUpAfterAColdStartAndThenStays) {
-    World world("-E362");
-    Carrier carrier(world);
-    world.Start();
-    world.RunFor(2min);
-
-    Lines expected = {
-        std::string("run: ") + kUpLine,
-        "log: Service Type changed from 'Unknown' to 'LTE'",
-        "log: Starting/Signaling udhcpc",
-        std::string("run: ") + kStartLine,
-    };
-    const Lines restart = Restart("Unknown", "Unknown", "Unknown");
-    expected.insert(expected.end(), restart.begin(), restart.end());
     EXPECT_EQ(From(ConnectionStory(world), "run: ", expected.size()), expected);
 
     world.RunFor(58min);
@@ -64,83 +51,6 @@ TEST(LteLink, ComesUpAfterAColdStartAndThenStays) {
     EXPECT_FALSE(Files::Exists(kNotDialing));
     // It stays when the call is up: only a disabled interface removes it.
     EXPECT_TRUE(Files::Exists(kDialing));
-}
-
-TEST(LteLink, PausesAsLongAsTheModemNeeds) {
-    World world("-E362");
-    Carrier carrier(world);
-    world.trace.KeepSleeps();
-    world.Start();
-    world.RunUntilLog(kRestarting, 2min);
-    world.trace.Clear();
-    world.RunFor(20s);
-
-    const auto disconnect = world.trace.CommandTimes(kDisconnectCommand);
-    const auto connect = world.trace.CommandTimes(kConnectCommand);
-    const auto start = world.trace.ShellTimes(kStartLine);
-    ASSERT_EQ(disconnect.size(), 1U);
-    ASSERT_EQ(connect.size(), 1U);
-    ASSERT_EQ(start.size(), 1U);
-    // The writer's own 1.04 s stand between each two, plus 5 s and 2 s.
-    EXPECT_EQ(connect[0] - disconnect[0], 6040ms);
-    EXPECT_EQ(start[0] - connect[0], 3020ms);
-}
-
-TEST(LteLink, ThatTheCarrierDropsIsRestartedWithANewLease) {
-    World world("-E362");
-    Carrier carrier(world);
-    world.Start();
-    world.RunFor(10min);
-    world.trace.Clear();
-    world.modem.Control("drop-call 4");
-    world.RunFor(2min);
-    const Lines story = ConnectionStory(world);
-    EXPECT_EQ(world.trace.CountLog(kRestarting), 1U);
-    EXPECT_EQ(CountCommand(world, kConnectCommand), 1U);
-    EXPECT_EQ(world.trace.ShellTimes(kStartLine).size(), 1U);
-    world.RunFor(10min);
-    EXPECT_EQ(world.trace.CountLog(kRestarting), 1U);
-}
-
-TEST(LteLink, TellsOfTheCallWhatTheCheckBeforeSaw) {
-    World world("-E362");
-    world.router.SetAddress("10.64.0.2");
-    world.modem.Answer(kStatusCommand, StatusAnswer("GOOD: 26", "CONNECTED", "5", "00:09:30"));
-    world.Start();
-    world.RunFor(2min);
-    EXPECT_EQ(world.trace.CountLog(kRestarting), 0U);
-
-    world.modem.Answer(kStatusCommand, StatusAnswer("BAD: 30", "DISCONNECTED", "11", "00:10:01"));
-    world.trace.Clear();
-    world.RunUntilLog(kRestarting, 2min);
-    world.RunFor(1min);
-    world.trace.ExpectLogInOrder({
-        kRestarting,
-        "Last connect time was reported as '00:09:30'",
-        "Last connect end reason was 'Received release from BS \x96 no reason given (5)'",
-        "Last qmi result was 'Control point has already started the network interface. (26)'",
-    });
-    world.trace.Clear();
-    world.RunUntilLog(kRestarting, 2min);
-    world.RunFor(1s);
-    world.trace.ExpectLogInOrder({
-        kRestarting,
-        "Last connect time was reported as '00:10:01'",
-        "Last connect end reason was '11'",
-        "Last qmi result was '30'",
-    });
-}
-
-TEST(LteLink, WithoutAnyAnswerFromTheCallIsUnknownAndRestarted) {
-    World world("-E362");
-    Carrier carrier(world);
-    world.modem.Answer(kStatusCommand, "");
-    world.Start();
-    world.RunUntilLog(kRestarting, 2min);
-    world.RunUntilLog(kRestarting, 2min);
-    world.RunFor(1s);
-    EXPECT_EQ(world.trace.CountLog("Last connect end reason was 'Unknown'"), 2U);
-    EXPECT_EQ(world.trace.CountLog("Last qmi result was 'Unknown'"), 2U);
 }
 
 // Each restart fails two checks, before and after it. So the sixth, the twelfth and the eighteenth
@@ -168,30 +78,6 @@ TEST(LteOutage, ResetsTheModemByBothRules) {
     EXPECT_EQ(seen, expected);
     EXPECT_EQ(world.trace.ShellTimes(kResetLine).size(), 5U);
     EXPECT_EQ(CountRemovals(world, kResettingMarker), 2U);
-    EXPECT_FALSE(Files::Exists(kResettingMarker));
-}
-
-TEST(LteOutage, ShowsWhyTheCallDidNotComeUp) {
-    World world("-E362");
-    Carrier carrier(world);
-    world.modem.Control("connect-fails 14 10 forever");
-    world.Start();
-    world.RunUntilLog(kRestarting, 2min);
-    world.RunUntilLog(kRestarting, 2min);
-    world.RunFor(1s);
-    EXPECT_EQ(world.trace.CountLog("Last connect end reason was 'Authentication failed (10)'"), 1U);
-    EXPECT_EQ(world.trace.CountLog("Last qmi result was 'Data call failed. (14)'"), 1U);
-}
-
-TEST(LteOutage, DoesNotResetAYoungRouterByTheErrorCounts) {
-    World world("-E362");
-    Carrier carrier(world);
-    world.router.SetUptime(0s);
-    world.modem.Control("connect-fails 14 3 forever");
-    world.Start();
-    // Eight restarts take more than seven minutes; the cutoff is at ten.
-    ASSERT_TRUE(world.RunUntil([&] { return world.trace.CountLog(kRestarting) == 9; }, 599s));
-    EXPECT_EQ(world.trace.CountLog("Resetting device"), 1U);  // the sixth restart
     EXPECT_FALSE(Files::Exists(kResettingMarker));
 }
 

@@ -1,4 +1,4 @@
-// The clock: set from the network for each card, retried, and jumping while timers run.
+// The clock: set from the network, retried, and jumping while timers run.
 #include <gtest/gtest.h>
 
 #include "carrier.h"
@@ -26,44 +26,8 @@ std::string SetLocal(const std::string& time) {
     return "/bin/date   -s \"" + time + "\" &> /dev/null; /bin/hwclock --systohc &> /dev/null";
 }
 
-std::string SetUtc(const std::string& time) {
-    return "/bin/date  -u   -s \"" + time + "\" &> /dev/null; /bin/hwclock --systohc &> /dev/null";
-}
-
 std::string Line(const std::string& text) {
     return "\r\n" + text + "\r\n\r\nOK\r\n";
-}
-
-TEST(TowerTime, OfTheE362SetsTheClockOnTheFirstAnsweredPass) {
-    World world("-E362");
-    world.modem.Answer("AT$NWLTIME", Line("2026.3.4.5.7.9"));
-    world.Start();
-    world.RunFor(1min);
-    EXPECT_EQ(DateLines(world), Lines{SetLocal("5:7:9 3/4/2026")});
-    EXPECT_EQ(world.trace.CountLog("Syncing system time to 05:07:09 03/04/2026 (LOCAL)"), 1U);
-}
-
-TEST(TowerTime, OfThe881SetsTheClockToUtc) {
-    World world("-881");
-    world.modem.Answer("AT+CCLK?", Line("+CCLK: \"26/03/04,05:07:09+00\""));
-    world.Start();
-    world.RunFor(1min);
-    EXPECT_EQ(DateLines(world), Lines{SetUtc("5:7:9 3/4/2026")});
-    world.trace.ExpectLogInOrder(
-        {"Using UTC switch when setting date", "Syncing system time to 05:07:09 03/04/2026 (UTC)"});
-    EXPECT_TRUE(world.trace.CommandsMatching("at!time").empty());
-}
-
-TEST(TowerTime, OfThe881WithoutAnyClockIsAskedForEveryFourHours) {
-    World world("-881");
-    world.modem.Answer("AT+CCLK?", "\r\nERROR\r\n");
-    world.modem.Answer("at!time?", "\r\nERROR\r\n");
-    world.Start();
-    world.RunFor(9h);
-    EXPECT_EQ(world.trace.CountLog("Modem does not appear to support tower time command, "
-                                   "cannot time sync"),
-              3U);
-    EXPECT_EQ(DateLines(world), Lines{});
 }
 
 // The modem's own clock says whole years: 26 is the year 26, and not worth a retry of its own.
@@ -77,19 +41,6 @@ TEST(TowerTime, OfThe881DoesNotCompleteAShortYearOfTheFallback) {
     EXPECT_EQ(world.trace.CountLog("Time from tower does not look valid: 05:07:09 03/04/26"), 1U);
     EXPECT_EQ(world.trace.CommandsMatching("at!time?").size(), 1U);
     EXPECT_EQ(DateLines(world), Lines{});
-}
-
-TEST(TowerTime, IsTakenOverEveryFourHours) {
-    World world("-E362");
-    world.modem.Answer("AT$NWLTIME", Line("2026.3.4.5.7.9"));
-    world.Start();
-    world.RunFor(13h);
-    const auto asked = world.trace.CommandTimes("AT$NWLTIME");
-    ASSERT_EQ(asked.size(), 4U);
-    for (std::size_t i = 1; i < asked.size(); ++i) {
-        EXPECT_GE(asked[i] - asked[i - 1], 4h);
-        EXPECT_LE(asked[i] - asked[i - 1], 4h + 1min);
-    }
 }
 
 TEST(TowerTime, ThatIsWrongIsAskedForAgainAfterFiveMinutes) {
@@ -112,37 +63,6 @@ TEST(TowerTime, ThatIsWrongIsAskedForAgainAfterFiveMinutes) {
     world.RunFor(4h);
     EXPECT_EQ(world.trace.CommandTimes("AT$NWLTIME").size(), 1U);
     EXPECT_EQ(DateLines(world), Lines{SetLocal("5:7:9 3/4/2026")});
-}
-
-// No answer leaves the period as it was, here the five minutes of the bad answer before.
-TEST(TowerTime, WithoutAnAnswerKeepsThePeriodInForce) {
-    World world("-E371");
-    world.modem.Answer("AT$CCLK?", "");
-    world.Start();
-    world.RunFor(5h);
-    EXPECT_EQ(world.trace.CommandTimes("AT$CCLK?").size(), 2U);
-    EXPECT_EQ(world.trace.CountLog("Time from tower does not look valid: 00:00:00 00/00/0"), 2U);
-
-    world.modem.Answer("AT$CCLK?", Line("$CCLK: \"11/03/04,05:07:09\""));
-    ASSERT_TRUE(world.RunUntilLog(kRetry, 5h));
-    world.modem.Answer("AT$CCLK?", "");
-    world.trace.Clear();
-    world.RunFor(31min);
-    EXPECT_EQ(world.trace.CountLog("Time from tower does not look valid: 00:00:00 00/00/0"), 6U);
-}
-
-TEST(TowerTime, SwitchedOnIsTakenOverAtOnce) {
-    World world("-E362");
-    world.files.Write(kProvisioningFile, "SYNC_TIME=no\n");
-    world.modem.Answer("AT$NWLTIME", Line("2026.3.4.5.7.9"));
-    world.Start();
-    world.RunFor(10min);
-    world.files.Write(kProvisioningFile, "SYNC_TIME=yes\n");
-    world.RunFor(1min);
-    EXPECT_EQ(DateLines(world), Lines{SetLocal("5:7:9 3/4/2026")});
-    EXPECT_EQ(world.trace.CountLog("SYNC_TIME config option is YES.  Time sync will attempt every "
-                                   "4 hours"),
-              1U);
 }
 
 TEST(ClockJump, ByTheDaemonsOwnDateCommandDoesNotMakeItAskAgain) {

@@ -81,23 +81,21 @@ TEST_F(LteSupervision, DoesNothingForOtherCards) {
 }
 
 TEST_F(LteSupervision, RestartsACallThatIsDown) {
-    stats.qmi_call_time = "00:04:11";
-    stats.qmi_end_reason_raw = "3";
-    stats.qmi_result_raw = "14";
-    checkLteStatus();
-    EXPECT_EQ(Story(), kRestart);
-    EXPECT_EQ(g_i_LteConnectAttempts, 1);
-    EXPECT_EQ(stats.lte_connect_failures, 2);  // before and after the restart
-    EXPECT_TRUE(g_Cp_LteCheckTimer->IsCounting());
-}
-
-TEST_F(LteSupervision, ServesTheE371TheSameWay) {
-    g_i_CardType = kCardNovatelE371;
-    stats.qmi_call_time = "00:04:11";
-    stats.qmi_end_reason_raw = "3";
-    stats.qmi_result_raw = "14";
-    checkLteStatus();
-    EXPECT_EQ(Story(), kRestart);
+    for (const int card : {kCardNovatelE362, kCardNovatelE371}) {
+        SCOPED_TRACE(card);
+        g_i_CardType = card;
+        g_i_LteConnectAttempts = stats.lte_connect_failures = 0;
+        stats.qmi_call_time = "00:04:11";
+        stats.qmi_end_reason_raw = "3";
+        stats.qmi_result_raw = "14";
+        g_Cp_LteCheckTimer->Stop();
+        StartStory();
+        checkLteStatus();
+        EXPECT_EQ(Story(), kRestart);
+        EXPECT_EQ(g_i_LteConnectAttempts, 1);
+        EXPECT_EQ(stats.lte_connect_failures, 2);  // before and after the restart
+        EXPECT_TRUE(g_Cp_LteCheckTimer->IsCounting());
+    }
 }
 
 TEST_F(LteSupervision, RestartsACallWithoutAnAddress) {

@@ -2,8 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <string>
+
+#include "seal.h"
 
 namespace {
 
@@ -17,24 +18,9 @@ std::string EndReason(std::string text) {
     return text;
 }
 
-const std::map<int, std::string> kResults = {
-    {1, "Message incorrect or corrupt. (1)"},
-    {2, "Device could not allocate memory to formulate response. (2)"},
-    {3, "Unexpected error occurred during processing. (3)"},
-    {10, "Specified configured profile index does not exist. (10)"},
-    {14, "Data call failed. (14)"},
-    {26, "Control point has already started the network interface. (26)"},
-    {28, "Invalid PDP type. (28)"},
-    {29, "Invalid technology preference. (29)"},
-};
-
+// The texts stand once, in qmi_texts.cpp: who changes one on purpose changes the seal, too.
 TEST(QmiResult, EveryNumberUpTo40ReadsAsListedOrAsItCame) {
-    for (int code = 0; code <= 40; ++code) {
-        const std::string number = std::to_string(code);
-        SCOPED_TRACE(number);
-        const auto row = kResults.find(code);
-        EXPECT_EQ(Result(number), row != kResults.end() ? row->second : number);
-    }
+    EXPECT_EQ(SealOfLines(40, Result), 0x50ebd66e3307617e);
 }
 
 TEST(QmiResult, WhatIsNoNumberStaysAsItCame) {
@@ -59,26 +45,8 @@ TEST(QmiResult, ANumberTooLongForAnyIntegerStays) {
     EXPECT_EQ(Result(huge), huge);
 }
 
-const std::map<int, std::string> kEndReasons = {
-    {1, "Reason unspecified (1)"},
-    {2, "Client ended the call (2)"},
-    {3, "Phone has no service (3)"},
-    {4, "Call has ended abnormally (4)"},
-    {5, std::string("Received release from BS ") + '\x96' + " no reason given (5)"},
-    {6, "Access attempt already in progress (6)"},
-    {7, "Access failure for reason other than the above (7)"},
-    {8, "Call rejected because of redirection or handoff (8)"},
-    {9, "Call failed because close is in progress(9)"},
-    {10, "Authentication failed (10)"},
-};
-
 TEST(CallEndReason, EveryNumberUpTo20ReadsAsListedOrAsItCame) {
-    for (int code = 0; code <= 20; ++code) {
-        const std::string number = std::to_string(code);
-        SCOPED_TRACE(number);
-        const auto row = kEndReasons.find(code);
-        EXPECT_EQ(EndReason(number), row != kEndReasons.end() ? row->second : number);
-    }
+    EXPECT_EQ(SealOfLines(20, EndReason), 0xd7881b91712ae135);
 }
 
 // Guards oddity end-reason-no-utf-8.

@@ -1,5 +1,7 @@
 #include "connection/tower_time.h"
 
+#include <map>
+
 #include "connection_test.h"
 #include "state/settings.h"
 #include "state/timers.h"
@@ -16,6 +18,14 @@ std::string LocalCommand(const std::string& time) {
 
 std::string UtcCommand(const std::string& time) {
     return "/bin/date  -u   -s \"" + time + "\"" + kHardware;
+}
+
+std::string NotValid(const std::string& time) {
+    return "Time from tower does not look valid: " + time;
+}
+
+std::string Bad(const std::string& line) {
+    return "Got BAD tower time: " + line + "\r";
 }
 
 class TowerTime : public ConnectionTest {
@@ -104,7 +114,7 @@ TEST_F(TowerTime, WithTwoDigitYearsIsCompletedOnlyBelow99) {
     EXPECT_EQ(world.shell, Lines{LocalCommand("5:7:9 3/4/2098")});
     AskE371("+CCLK: \"99/03/04,05:07:09\"");
     EXPECT_EQ(world.shell, Lines{});
-    EXPECT_TRUE(world.Logged("Time from tower does not look valid: 05:07:09 03/04/99"));
+    EXPECT_TRUE(world.Logged(NotValid("05:07:09 03/04/99")));
     AskE371("+CCLK: \"2026/03/04,05:07:09\"");
     EXPECT_EQ(world.shell, Lines{LocalCommand("5:7:9 3/4/2026")});
 }
@@ -115,13 +125,7 @@ TEST_F(TowerTime, Of13IsTheYear2013FromTheClockAndFailsFromTheFallback) {
     world.answers.erase("AT+CCLK?");
     AskFallback("13/3/4\r\n5:7:9");
     EXPECT_EQ(world.shell, Lines{});
-    EXPECT_EQ(world.log, Lines{"Time from tower does not look valid: 05:07:09 03/04/13"});
-    EXPECT_EQ(Period(), 777);
-}
-
-TEST_F(TowerTime, OfTheE362IsNotCompleted) {
-    AskE362("26.3.4.5.7.9");
-    EXPECT_EQ(world.log, Lines{"Time from tower does not look valid: 05:07:09 03/04/26"});
+    EXPECT_EQ(world.log, Lines{NotValid("05:07:09 03/04/13")});
     EXPECT_EQ(Period(), 777);
 }
 
@@ -144,38 +148,63 @@ TEST_F(TowerTime, IsTakenFromTheYear2012On) {
     }
 }
 
-TEST_F(TowerTime, OfYear2011IsRefusedAndRetriedInFiveMinutes) {
-    AskE362("2011.3.4.5.7.9");
-    EXPECT_EQ(world.log,
-              (Lines{"Time from tower does not look valid: 05:07:09 03/04/2011", kBadSince}));
-    EXPECT_EQ(Period(), 300);
-}
+struct RefusedTime {
+    const char* command;
+    const char* lines;
+    Lines log;
+    std::int64_t period;
+};
 
-TEST_F(TowerTime, WithABadMonthOrDayIsRetriedInFiveMinutes) {
-    AskE362("2026.13.4.5.7.9");
-    EXPECT_EQ(world.log,
-              (Lines{"Got BAD tower time: 2026.13.4.5.7.9\r",
-                     "Time from tower does not look valid: 05:07:09 13/04/2026", kBadSince}));
-    EXPECT_EQ(Period(), 300);
-    AskE362("2026.12.32.5.7.9");
-    EXPECT_EQ(world.log,
-              (Lines{"Got BAD tower time: 2026.12.32.5.7.9\r",
-                     "Time from tower does not look valid: 05:07:09 12/32/2026", kBadSince}));
-    EXPECT_EQ(world.shell, Lines{});
-}
-
-TEST_F(TowerTime, WithABadDateBeyond2100IsNotRetriedSoon) {
-    AskE362("2101.13.4.5.7.9");
-    EXPECT_FALSE(world.Logged(kBadSince));
-    EXPECT_EQ(Period(), 777);
-}
-
-// The year of a bad line is not completed, so it is far in the past.
-TEST_F(TowerTime, OfTheE371WithABadMonthWaitsForTheCurrentPeriod) {
-    AskE371("+CCLK: \"26/13/04,05:07:09\"");
-    EXPECT_EQ(world.log, (Lines{"Got BAD tower time: +CCLK: \"26/13/04,05:07:09\"\r",
-                                "Time from tower does not look valid: 05:07:09 13/04/26"}));
-    EXPECT_EQ(Period(), 777);
+TEST_F(TowerTime, ThatIsNoneIsRefusedAndRetriedWhenItsYearIsOfToday) {
+    const Lines all_zero = {NotValid("00:00:00 00/00/0")};
+    const Lines unknown_command = {
+        "Modem does not appear to support tower time command, cannot time sync"};
+    const RefusedTime rows[] = {
+        {"AT$NWLTIME", "", all_zero, 777},
+        {"AT$NWLTIME", "2026.3.4.5.7", all_zero, 777},
+        {"AT$NWLTIME", "26.3.4.5.7.9", {NotValid("05:07:09 03/04/26")}, 777},  // not completed
+        {"AT$NWLTIME", "2011.3.4.5.7.9", {NotValid("05:07:09 03/04/2011"), kBadSince}, 300},
+        {"AT$NWLTIME",
+         "2026.13.4.5.7.9",
+         {Bad("2026.13.4.5.7.9"), NotValid("05:07:09 13/04/2026"), kBadSince},
+         300},
+        {"AT$NWLTIME",
+         "2026.12.32.5.7.9",
+         {Bad("2026.12.32.5.7.9"), NotValid("05:07:09 12/32/2026"), kBadSince},
+         300},
+        {"AT$NWLTIME",
+         "2101.13.4.5.7.9",
+         {Bad("2101.13.4.5.7.9"), NotValid("05:07:09 13/04/2101")},
+         777},
+        {"AT$CCLK?", "", all_zero, 777},
+        {"AT$CCLK?", "+CCLK: \"26/03/04\"", all_zero, 777},
+        // The year of a bad line is not completed, so it is far in the past.
+        {"AT$CCLK?",
+         "+CCLK: \"26/13/04,05:07:09\"",
+         {Bad("+CCLK: \"26/13/04,05:07:09\""), NotValid("05:07:09 13/04/26")},
+         777},
+        {"AT$CCLK?",
+         "+CCLK: \"26/-3/04,05:07:09\"",
+         {Bad("+CCLK: \"26/-3/04,05:07:09\""), NotValid("05:07:09 -03/04/26")},
+         777},
+        {"at!time?", "ERROR", unknown_command, 777},
+        {"at!time?", "2026/3/4\r\n5:7:9\r\nERROR", unknown_command, 777},
+        {"at!time?", "+CME ERROR: 3", all_zero, 777},  // only a whole line is an error
+        {"at!time?", " ERROR", all_zero, 777},
+        {"at!time?", "2026/3/4", {kBadSince}, 300},
+        {"at!time?", "5:7:9", {NotValid("05:07:09 00/00/0")}, 777},
+        {"at!time?", "2026/13/4\r\n5:7:9", {NotValid("05:07:09 13/04/2026"), kBadSince}, 300},
+    };
+    const std::map<std::string, int> cards = {{"AT$NWLTIME", kCardNovatelE362},
+                                              {"AT$CCLK?", kCardNovatelE371},
+                                              {"at!time?", kCardSierra881}};
+    for (const RefusedTime& row : rows) {
+        SCOPED_TRACE(row.command + std::string(" ") + row.lines);
+        Ask(cards.at(row.command), row.command, row.lines);
+        EXPECT_EQ(world.log, row.log);
+        EXPECT_EQ(world.shell, Lines{});
+        EXPECT_EQ(Period(), row.period);
+    }
 }
 
 TEST_F(TowerTime, StopsAtTheFirstWholeLineGoodOrBad) {
@@ -195,28 +224,6 @@ TEST_F(TowerTime, DoesNotCheckTheTimeOfDay) {
     EXPECT_EQ(world.shell, Lines{LocalCommand("99:99:99 3/4/2026")});
 }
 
-TEST_F(TowerTime, WithoutAnAnswerIsAllZero) {
-    for (const int card : {7, 8}) {
-        SCOPED_TRACE(card);
-        Ask(card, "AT", "");
-        EXPECT_EQ(world.log, Lines{"Time from tower does not look valid: 00:00:00 00/00/0"});
-        EXPECT_EQ(Period(), 777);
-    }
-}
-
-TEST_F(TowerTime, OfALineThatMatchesInPartIsAllZero) {
-    AskE362("2026.3.4.5.7");
-    EXPECT_EQ(world.log, Lines{"Time from tower does not look valid: 00:00:00 00/00/0"});
-    AskE371("+CCLK: \"26/03/04\"");
-    EXPECT_EQ(world.log, Lines{"Time from tower does not look valid: 00:00:00 00/00/0"});
-}
-
-TEST_F(TowerTime, WithANegativeMonthIsBad) {
-    AskE371("+CCLK: \"26/-3/04,05:07:09\"");
-    EXPECT_TRUE(world.LoggedContaining("Got BAD tower time"));
-    EXPECT_EQ(world.shell, Lines{});
-}
-
 TEST_F(TowerTime, OfThe881FallsBackAfterABadClockLine) {
     world.answers["at!time?"] = "\r\n2026/3/4\r\n5:7:9\r\n\r\nOK\r\n";
     Ask881("+CCLK: \"26/13/04,05:07:09\"");
@@ -225,43 +232,9 @@ TEST_F(TowerTime, OfThe881FallsBackAfterABadClockLine) {
     EXPECT_EQ(world.shell, Lines{LocalCommand("5:7:9 3/4/2026")});
 }
 
-TEST_F(TowerTime, OfThe881GivesUpOnAnErrorLine) {
-    for (const char* error : {"ERROR", "2026/3/4\r\n5:7:9\r\nERROR"}) {
-        SCOPED_TRACE(error);
-        AskFallback(error);
-        EXPECT_EQ(world.log, Lines{"Modem does not appear to support tower time command, "
-                                   "cannot time sync"});
-        EXPECT_EQ(world.shell, Lines{});
-        EXPECT_EQ(Period(), 777);
-    }
-}
-
-TEST_F(TowerTime, OfThe881TakesOnlyAWholeLineForAnError) {
-    AskFallback("+CME ERROR: 3");
-    EXPECT_EQ(world.log, Lines{"Time from tower does not look valid: 00:00:00 00/00/0"});
-    AskFallback(" ERROR");
-    EXPECT_EQ(world.log, Lines{"Time from tower does not look valid: 00:00:00 00/00/0"});
-}
-
-TEST_F(TowerTime, OfThe881NeedsDateAndTime) {
-    AskFallback("2026/3/4");
-    EXPECT_EQ(world.log, Lines{kBadSince});
-    EXPECT_EQ(Period(), 300);
-    AskFallback("5:7:9");
-    EXPECT_EQ(world.log, Lines{"Time from tower does not look valid: 05:07:09 00/00/0"});
-    EXPECT_EQ(Period(), 777);
-}
-
 TEST_F(TowerTime, OfThe881KeepsTheFirstDateAndTheFirstTime) {
     AskFallback("5:7:9 UTC\r\n2026/3/4\r\n2027/8/9\r\n6:6:6");
     EXPECT_EQ(world.shell, Lines{LocalCommand("5:7:9 3/4/2026")});
-}
-
-TEST_F(TowerTime, OfThe881WithABadDateIsRetried) {
-    AskFallback("2026/13/4\r\n5:7:9");
-    EXPECT_EQ(world.log,
-              (Lines{"Time from tower does not look valid: 05:07:09 13/04/2026", kBadSince}));
-    EXPECT_EQ(Period(), 300);
 }
 
 TEST_F(TowerTime, SurvivesNoise) {
