@@ -38,13 +38,6 @@ Lines ConfigLog(const World& world) {
     return lines;
 }
 
-TEST(PppFile, ThatIsMissingIsNoNews) {
-    World world("-E362");
-    world.Start();
-    world.RunFor(60s);
-    EXPECT_TRUE(ConfigLog(world).empty());
-}
-
 struct ApnRow {
     const char* name;
     std::string line;
@@ -269,13 +262,6 @@ TEST(ProvisioningFile, IsReadBehindTheStatusFileAndBeforeThePppFile) {
                                         "Config option CM_ENABLE_INTERFACE is 'yes'", kMissing}));
 }
 
-TEST(ProvisioningFile, ThatIsMissingTurnsTheTimeSyncOn) {
-    World world("-881");
-    world.Start();
-    world.RunFor(60s);
-    EXPECT_EQ(world.trace.CommandTimes("AT+CCLK?").size(), 1u);
-}
-
 TEST(ProvisioningFile, WithoutSyncTimeTurnsItOff) {
     for (const char* text : {"SYNC_TIME=no\n", "DEBUG_MODE=0\n", "SYNC_TIME=\n", "SYNC_TIME=1\n"}) {
         SCOPED_TRACE(text);
@@ -348,17 +334,5 @@ INSTANTIATE_TEST_SUITE_P(
                     DebugRow{"NoNumber", "2x", nullptr, true},
                     DebugRow{"Plus", "+2", nullptr, true}, DebugRow{"Empty", "", nullptr, true}),
     [](const testing::TestParamInfo<DebugRow>& test) { return test.param.name; });
-
-// A level of -1 is "non-zero" but not "above 0", so it speaks and yet traces nothing.
-TEST(ProvisioningFile, ANegativeLevelSpeaksButTracesNothing) {
-    World world("-881");
-    world.files.Write(kProvision, "DEBUG_MODE=-1\n");
-    world.Start();
-    world.RunFor(60s);
-    EXPECT_GT(world.trace.CountLog("Sending command: AT+CSQ"), 0u);
-    world.trace.ExpectNoLog("DEBUG: returning string class");
-    world.trace.ExpectNoLog("Massaged packet");
-    world.trace.ExpectNoLog("Queue Size");  // of the message gateway: above 0
-}
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "rig/card_options.h"
@@ -13,7 +14,6 @@ using namespace std::chrono_literals;
 using rig::Files;
 using rig::Kind;
 using rig::World;
-using testing::ElementsAre;
 using Lines = std::vector<std::string>;
 
 constexpr char kEmptyLightbar[] = "/bin/echo -n  > /var/log/lightbar";
@@ -37,6 +37,17 @@ void ExpectStatusFilesGone() {
     EXPECT_TRUE(Files::Exists("/var/log/lightbar"));
     EXPECT_EQ(Files::Read("/var/log/lightbar"), "");
     EXPECT_EQ(Files::Read("/var/run/modemd.pid"), "4242");
+}
+
+// The number of the first call of a pass, and of the last call of the one behind it.
+std::pair<std::uint64_t, std::uint64_t> CallsOfTwoPasses(const char* card) {
+    World world(card);
+    world.Start();
+    EXPECT_TRUE(world.RunUntilCommand("AT+CSQ", 60s));
+    const std::uint64_t first = world.daemon.Calls();
+    EXPECT_TRUE(world.RunUntilCommand("AT+CSQ", 60s));
+    EXPECT_TRUE(world.RunUntilCommand("AT+CSQ", 60s));
+    return {first, world.daemon.Calls()};
 }
 
 class Shutdown : public testing::TestWithParam<std::string> {
@@ -117,18 +128,6 @@ INSTANTIATE_TEST_SUITE_P(Cards, Shutdown, testing::ValuesIn(rig::EveryCardOption
                              return option.empty() ? "generic" : "card_" + option.substr(1);
                          });
 
-TEST(Signals, InterruptWinsOverHangUp) {
-    World world;
-    world.Start();
-    world.RunFor(10s);
-    world.daemon.Signal(SIGHUP);
-    world.daemon.Signal(SIGINT);
-    EXPECT_EQ(world.RunToExit(30s), 0);
-    EXPECT_EQ(world.trace.CountLog("received SIGINT/SIGTERM"), 1u);
-    EXPECT_EQ(world.trace.CountLog("recieved SIGHUP, resetting device"), 0u);
-    EXPECT_EQ(world.trace.CountLog("Resetting device"), 0u);
-}
-
 TEST(Signals, ActAtTheStartOfTheNextPassWithTheSleepsCutShort) {
     World world;
     world.Start();
@@ -165,60 +164,39 @@ TEST(Signals, BeforeTheHandlersStandEndTheProcessAtOnce) {
     EXPECT_EQ(world.trace.CountLog("doing cleanup and exiting"), 0u);
 }
 
-TEST(Signals, AHangUpAtEveryPointOfThePassResetsTheModemOnce) {
-    std::uint64_t first = 0;
-    std::uint64_t last = 0;
-    {
-        World world("-881");
-        world.Start();
-        ASSERT_TRUE(world.RunUntilCommand("AT+CSQ", 60s));
-        first = world.daemon.Calls();
-        ASSERT_TRUE(world.RunUntilCommand("AT+CSQ", 60s));
-        last = world.daemon.Calls();
-    }
-    const std::uint64_t step = std::max<std::uint64_t>(1, (last - first) / 60);
-    for (std::uint64_t call = first; call <= last; call += step) {
-        SCOPED_TRACE(call);
-        World world("-881");
-        world.daemon.SignalAtCall(call, SIGHUP);
-        world.Start();
-        ASSERT_EQ(world.RunToExit(180s), 0);
-        EXPECT_EQ(Last(world.trace.Shell(), 3), (Lines{kReset, kEmptyLightbar, kRemoveStatus}));
-        EXPECT_EQ(world.trace.ShellTimes(kReset).size(), 1u);
-        EXPECT_EQ(Last(world.trace.Log(), 4),
-                  (Lines{"recieved SIGHUP, resetting device", "Resetting device",
-                         "doing cleanup and exiting", "exit"}));
-        if (HasFailure()) return;
-    }
-}
+struct Interruption {
+    const char* card;
+    int signal;
+    Lines last_log;
+    Lines last_shell;
+};
 
 // Before each call of the C library in two passes, one run for each: whatever the daemon is
 // doing, it goes on to the end of its pass and then leaves in good order.
 TEST(Signals, AtEveryPointOfThePassEndTheDaemonInGoodOrder) {
-    std::uint64_t first = 0;
-    std::uint64_t last = 0;
-    {
-        World world("-E362");
-        world.Start();
-        ASSERT_TRUE(world.RunUntilCommand("AT+CSQ", 60s));
-        first = world.daemon.Calls();
-        ASSERT_TRUE(world.RunUntilCommand("AT+CSQ", 60s));
-        ASSERT_TRUE(world.RunUntilCommand("AT+CSQ", 60s));
-        last = world.daemon.Calls();
-    }
-    ASSERT_LT(first, last);
-    const std::uint64_t step = std::max<std::uint64_t>(1, (last - first) / 150);
-    for (std::uint64_t call = first; call <= last; call += step) {
-        SCOPED_TRACE(call);
-        World world("-E362");
-        world.daemon.SignalAtCall(call, SIGTERM);
-        world.Start();
-        ASSERT_EQ(world.RunToExit(180s), 0);
-        EXPECT_EQ(LastOf(world.trace.Log()), "exit");
-        EXPECT_EQ(LastOf(world.trace.Shell()), "ifconfig wwan0 0.0.0.0 down &> /dev/null");
-        EXPECT_EQ(LastOf(world.trace.Commands()), "AT$NWQMIDISCONNECT");
-        ExpectStatusFilesGone();
-        if (HasFailure()) return;
+    for (const Interruption& row :
+         {Interruption{"-E362", SIGTERM, {"exit"}, {"ifconfig wwan0 0.0.0.0 down &> /dev/null"}},
+          Interruption{"-881",
+                       SIGHUP,
+                       {"recieved SIGHUP, resetting device", "Resetting device",
+                        "doing cleanup and exiting", "exit"},
+                       {kReset, kEmptyLightbar, kRemoveStatus}}}) {
+        const auto [first, last] = CallsOfTwoPasses(row.card);
+        ASSERT_LT(first, last);
+        const std::uint64_t step = std::max<std::uint64_t>(1, (last - first) / 100);
+        for (std::uint64_t call = first; call <= last; call += step) {
+            SCOPED_TRACE(row.card + std::string(" before call ") + std::to_string(call));
+            World world(row.card);
+            world.daemon.SignalAtCall(call, row.signal);
+            world.Start();
+            ASSERT_EQ(world.RunToExit(180s), 0);
+            EXPECT_EQ(Last(world.trace.Log(), row.last_log.size()), row.last_log);
+            EXPECT_EQ(Last(world.trace.Shell(), row.last_shell.size()), row.last_shell);
+            EXPECT_EQ(world.trace.ShellTimes(kReset).size(), row.signal == SIGHUP ? 1u : 0u);
+            EXPECT_EQ(world.trace.CountLog("doing cleanup and exiting"), 1u);
+            ExpectStatusFilesGone();
+            if (HasFailure()) return;
+        }
     }
 }
 

@@ -138,18 +138,6 @@ TEST(StartUp, ACannedCommandFillsEightyBytesAndATransactionOnlyItsOwn) {
               (Lines{padded, "\r", "\n", "AT+CREG=2", "\r", "\n"}));
 }
 
-TEST(StartUp, WarnsWhenTheInterfaceIsMissingAndGoesOn) {
-    World world("-E371");
-    world.router.SetShellStatus("ifconfig wwan0 0.0.0.0 up", 1);
-    world.Start();
-    world.RunFor(5s);
-    EXPECT_EQ(
-        world.trace.CountLog("Warning: Modem type set to E362/E371, but int wwan0 does not appear "
-                             "to exist."),
-        1u);
-    EXPECT_THAT(world.trace.Commands(), testing::Contains("AT+CREG=2"));
-}
-
 TEST(StartUp, WaitsLongerForErrorsWhileTheHostKeyIsMissing) {
     World world;
     Files::Remove("/etc/ssh/ssh_host_dsa_key");
