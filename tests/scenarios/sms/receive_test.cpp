@@ -5,16 +5,6 @@ using ::testing::IsEmpty;
 using ::testing::SizeIs;
 using Lines = std::vector<std::string>;
 
-namespace {
-
-constexpr char kHeader[] = "+CMGL: 1,\"REC UNREAD\",\"+15551234567\",,\"26/03/14,09:15:02-20\"\r\n";
-
-std::string MessageFile(const std::string& text) {
-    return "FROM=15551234567\nTIME=26/03/14-09:15:02-20\nMSG=" + text;
-}
-
-}  // namespace
-
 TEST(ReceivedSms, BecomesAFileAndLeavesTheModem) {
     SmsWorld world;
     world.Arrive("+15551234567", "Hello");
@@ -54,66 +44,6 @@ TEST(ReceivedSms, IsNamedByTheTimeOfTheRoutersZone) {
     }
 }
 
-TEST(ReceivedSms, IsAskedForEveryFifteenSecondsOrALittleLater) {
-    SmsWorld world;
-    world.Start();
-    world.RunFor(10min);
-    const auto times = world.trace.CommandTimes(kListUnread);
-    ASSERT_GE(times.size(), 20u);
-    for (std::size_t i = 1; i < times.size(); ++i) {
-        EXPECT_GE(times[i] - times[i - 1], 15s);
-        EXPECT_LE(times[i] - times[i - 1], 35s);
-    }
-    EXPECT_EQ(world.trace.CommandTimes(kDeleteRead).size(), times.size())
-        << "read messages always go";
-}
-
-TEST(ReceivedSms, KeepsItsLinesAndTheEmptyOnes) {
-    const std::string header = kHeader;
-    struct Case {
-        const char* what;
-        std::string listing;
-        Lines files;
-    };
-    for (const Case& c :
-         {Case{"two lines",
-               header + "Hello\r\nWorld\r\n\r\nOK\r\n",
-               {MessageFile("Hello\nWorld\n")}},
-          Case{
-              "empty lines within", header + "a\r\n\r\nb\r\n\r\nOK\r\n", {MessageFile("a\n\nb\n")}},
-          Case{"a line like a header",
-               header + "a\r\n+CMGL: no header\r\nb\r\n\r\nOK\r\n",
-               {MessageFile("a\n")}},
-          Case{"extra commas in a header",
-               "+CMGL: 1,\"REC UNREAD\",\"1\",\"Doe, J\",\"26/03/14,09:15\"\r\nlost\r\n" + header +
-                   "kept\r\n\r\nOK\r\n",
-               {MessageFile("kept\n")}},
-          Case{"cut behind the body",
-               header + "one\r\n" + header + "two\r\n",
-               {MessageFile("one\n")}},
-          Case{"nothing but an error", "\r\n+CMS ERROR: 320\r\n", {}}}) {
-        SCOPED_TRACE(c.what);
-        SmsWorld world;
-        world.modem.AnswerOnce(kListUnread, "\r\n" + c.listing);
-        world.Start();
-        EXPECT_TRUE(world.RunUntilCommand(kDeleteRead, 60s)) << "what was read is deleted anyway";
-        EXPECT_EQ(SmsWorld::Received(), c.files);
-    }
-}
-
-TEST(ReceivedSms, ThoseThatWaitForAFullStoreFollow) {
-    SmsWorld world;
-    world.modem.Control("store 3");
-    for (int i = 1; i <= 8; ++i) world.Arrive("+15551234567", "message " + std::to_string(i));
-    world.Start();
-    world.RunFor(3min);
-    EXPECT_THAT(SmsWorld::Received(), SizeIs(8));
-    for (int i = 1; i <= 8; ++i) {
-        EXPECT_EQ(world.trace.CountLogContaining("Message: message " + std::to_string(i) + "\n"),
-                  1u);
-    }
-}
-
 TEST(ReceivedSms, OneThatArrivesWhileTheListIsWrittenOutIsNotDeletedUnread) {
     SmsWorld world;
     world.Arrive("+15551234567", "early");
@@ -134,14 +64,4 @@ TEST(ReceivedSms, IsLeftAloneWhenTextModeIsRefused) {
     EXPECT_EQ(world.trace.CountLog("Modem does not support CMGF SMS"), 1u);
     EXPECT_THAT(world.trace.CommandsMatching("AT+CMGF"), SizeIs(1));
     EXPECT_THAT(world.trace.CommandsMatching("AT+CMGL"), IsEmpty());
-}
-
-TEST(ReceivedSms, IsServedByAModemThatDoesNotAnswerTheSignalQuery) {
-    SmsWorld world;
-    world.modem.Answer("AT+CSQ", "");
-    world.modem.Answer("AT+CSQ?", "");
-    world.Arrive("+15551234567", "Hello");
-    world.Start();
-    world.RunFor(60s);
-    EXPECT_THAT(SmsWorld::Received(), SizeIs(1));
 }

@@ -29,33 +29,6 @@ TEST(SendFile, IsSentAndDeleted) {
     EXPECT_THAT(world.trace.CommandsMatching("AT+CMGD"), ElementsAre(kDeleteRead, "AT+CMGD=0,2"));
 }
 
-TEST(SendFile, IsSentThroughASlowPromptAllTheSame) {
-    SmsWorld world;
-    world.modem.Answer(kCommand, "\r\n> ", 800ms);
-    world.modem.Answer("<body>", "\r\n+CMGS: 7\r\n\r\nOK\r\n");
-    world.Drop("msg");
-    world.Start();
-    EXPECT_TRUE(world.RunUntilGone("msg", 60s));
-    EXPECT_EQ(world.trace.CountLogContaining("Send Success"), 1u);
-}
-
-TEST(SendFile, RefusedAtThePromptIsTriedAgainAfterThirtySeconds) {
-    SmsWorld world;
-    world.modem.Control("sms-fails 500 1 prompt");
-    world.Drop("msg");
-    world.Start();
-    EXPECT_TRUE(world.RunUntilGone("msg", 2min));
-    world.trace.ExpectLogInOrder({"Got ERROR (not CMS error) trying to send SMS to '+15551234567'",
-                                  "Send #1 Failed: TO=+15551234567, MSG=Hello\n\n (truncated)",
-                                  "Send Success: TO=+15551234567, MSG=Hello\n\n"});
-    world.trace.ExpectNoLog("CMS error #500");
-    const auto times = world.trace.CommandTimes(kCommand);
-    ASSERT_THAT(times, SizeIs(2));
-    EXPECT_GE(times[1] - times[0], 30s);
-    EXPECT_LE(times[1] - times[0], 70s);
-    EXPECT_THAT(world.Sent(), SizeIs(1));
-}
-
 TEST(SendFile, MovesToSendFailAtTheThirdFailure) {
     SmsWorld world;
     world.LetTheModemRefuse();
@@ -78,39 +51,6 @@ TEST(SendFile, MovesToSendFailAtTheThirdFailure) {
     EXPECT_GE(times[1] - times[0], 30s);
     EXPECT_GE(times[2] - times[1], 30s);
     EXPECT_THAT(world.Sent(), IsEmpty());
-}
-
-TEST(SendFile, BehindAGivenUpOneIsTakenWithoutDelay) {
-    SmsWorld world;
-    world.LetTheModemRefuse();
-    world.Drop("first");
-    world.Start();
-    EXPECT_TRUE(world.RunUntilGone("first", 5min));
-    world.modem.Control("sms-fails off");
-    world.Drop("second");
-    const auto given_up = world.clock.Now();
-    EXPECT_TRUE(world.RunUntilGone("second", 60s));
-    EXPECT_LT(world.clock.Now() - given_up, 30s) << "the delay ends with the file";
-}
-
-TEST(SendFile, ListedFirstTakesOverTheCountOfAnother) {
-    SmsWorld world;
-    world.LetTheModemRefuse();
-    world.Drop("old");
-    world.Start();
-    EXPECT_TRUE(
-        world.RunUntilLog("Send #2 Failed: TO=+15551234567, MSG=Hello\n\n (truncated)", 3min));
-    world.Drop("newcomer");
-    if (SmsWorld::FirstListed() != "newcomer") {  // a file system that lists the oldest first
-        world.files.Remove("/tmp/sms/send/old");
-        world.Drop("old");
-    }
-    ASSERT_EQ(SmsWorld::FirstListed(), "newcomer");
-    EXPECT_TRUE(world.RunUntilGone("newcomer", 2min));
-    EXPECT_EQ(SmsWorld::Waiting(), Lines{"old"});
-    const auto failed = world.files.List("/tmp/sms/send_fail");
-    ASSERT_THAT(failed, SizeIs(1));
-    EXPECT_EQ(failed[0].substr(0, 9), "newcomer.");
 }
 
 // Guards oddity no-number-is-tried.

@@ -2,30 +2,25 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <string>
 
-namespace {
+#include "seal.h"
 
-// FNV-1a.
-std::uint64_t Seal(const std::string& text, std::uint64_t seal) {
-    for (const char c : text) seal = (seal ^ static_cast<unsigned char>(c)) * 0x100000001b3U;
-    return seal;
-}
+namespace {
 
 // The texts stand once, in cms_errors.cpp. All lines of the codes 0 to 600, letter by letter, have
 // this seal: who changes one of them on purpose changes it, too.
 // Guards oddity cms-texts-to-the-letter.
 TEST(CmsErrorText, GivesEveryDescriptionToTheLetter) {
-    std::uint64_t seal = 0xcbf29ce484222325U;
+    std::string lines;
     int documented = 0;
     for (int code = 0; code <= 600; ++code) {
         const std::string line = CmsErrorText(code);
         if (line.find(": Undocumented error") == std::string::npos) ++documented;
-        seal = Seal(line, seal);
+        lines += line;
     }
     EXPECT_EQ(documented, 70);
-    EXPECT_EQ(seal, 0x5b921089f9b76bU);
+    EXPECT_EQ(Seal(lines), 0x5b921089f9b76bU);
 }
 
 // Stray marks, a word that is none and a blank at an end belong to the texts.

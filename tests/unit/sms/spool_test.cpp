@@ -32,31 +32,29 @@ class SendFile : public SpoolTest {
 };
 
 TEST_F(SendFile, HasANumberWithoutBlanksAndAMessageWithItsLastCharacterTwice) {
-    EXPECT_TRUE(Read("TO=+1 555 123\nMSG=Hello\n"));
-    EXPECT_EQ(to_, "+1555123");
-    EXPECT_EQ(message_, "Hello\n\n");
-    EXPECT_EQ(world.log, Lines{});
+    struct Case {
+        const char* text;
+        const char* to;
+        const char* message;
+    };
+    for (const Case& c :
+         {Case{"TO=+1 555 123\nMSG=Hello\n", "+1555123", "Hello\n\n"},
+          Case{"TO=1\nMSG=one\n\n  two \r\nthree\n", "1", "one\n\n  two \r\nthree\n\n"},
+          Case{"MSG=Hi\nTO=123\n", "123", "Hi\nTO=123\n\n"},  // all behind the label
+          Case{"MSG=Hi\nTO=123", "1233", "Hi\nTO=1233"},
+          Case{"TO=1\n# no MSG=yes\n", "1", "yes\n\n"},
+          Case{"TO=1\nMSG=a MSG=b\n", "1", "a MSG=b\n\n"}}) {
+        SCOPED_TRACE(c.text);
+        EXPECT_TRUE(Read(c.text));
+        EXPECT_EQ(to_, c.to);
+        EXPECT_EQ(message_, c.message);
+        EXPECT_EQ(world.log, Lines{});
+    }
 }
 
 TEST_F(SendFile, RepeatsTheLastLetterOfAMessageWithoutLineEnd) {
     EXPECT_TRUE(Read("TO=1\nMSG=Hello"));
     EXPECT_EQ(message_, "Helloo");
-}
-
-TEST_F(SendFile, KeepsAMessageOfSeveralLinesVerbatim) {
-    EXPECT_TRUE(Read("TO=1\nMSG=one\n\n  two \r\nthree\n"));
-    EXPECT_EQ(message_, "one\n\n  two \r\nthree\n\n");
-}
-
-TEST_F(SendFile, MayHaveTheMessageFirstWhichThenHoldsTheNumberToo) {
-    EXPECT_TRUE(Read("MSG=Hi\nTO=123\n"));
-    EXPECT_EQ(to_, "123");
-    EXPECT_EQ(message_, "Hi\nTO=123\n\n");
-}
-
-TEST_F(SendFile, ShowsTheDoubledCharacterInANumberThatEndsTheFile) {
-    EXPECT_TRUE(Read("MSG=Hi\nTO=123"));
-    EXPECT_EQ(to_, "1233");
 }
 
 TEST_F(SendFile, IsInvalidWithoutAMessage) {
@@ -81,16 +79,6 @@ TEST_F(SendFile, ReportsBothMissingFieldsNumberFirst) {
               (Lines{"SMS send file /tmp/sms/send/file is invalid, does not contain a 'TO' field.",
                      "SMS send file /tmp/sms/send/file is invalid, does not contain a 'MSG=' "
                      "field."}));
-}
-
-TEST_F(SendFile, FindsTheMessageInsideAnotherLine) {
-    EXPECT_TRUE(Read("TO=1\n# no MSG=yes\n"));
-    EXPECT_EQ(message_, "yes\n\n");
-}
-
-TEST_F(SendFile, TakesTheFirstMessageOfSeveral) {
-    EXPECT_TRUE(Read("TO=1\nMSG=a MSG=b\n"));
-    EXPECT_EQ(message_, "a MSG=b\n\n");
 }
 
 TEST_F(SendFile, ReadsTheNumberByTheRulesOfTableFiles) {
