@@ -8,7 +8,6 @@
 
 namespace {
 
-using cards::Mark;
 using cards::Model;
 using cards::ModelOfOption;
 
@@ -17,50 +16,10 @@ CardType TypeOfOption(const char* option) {
     return model == nullptr ? kCardGeneric : model->type;
 }
 
-TEST(Cards, AreLoggedAndMarkedAsTheyAlwaysWere) {
-    const struct {
-        int type;
-        const char* name;
-        const char* logged_as;
-        Mark mark;
-    } rows[] = {
-        {0, "generic", "", Mark::kNone},
-        {2, "881", "Sierra 881", Mark::kNone},
-        {7, "E362", "Novatel E362/USB551L", Mark::kIsE362},
-        {8, "E371", "Novatel E371/MC679", Mark::kIsNotE362},
-        {4, "USB305", "Sierra USB 305 Lightning", Mark::kNone},
-        {6, "mc75i", "Centerion MC75i", Mark::kIsMc75i},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        const Model* model = cards::ModelOfType(row.type);
-        ASSERT_NE(model, nullptr);
-        EXPECT_STREQ(model->name, row.name);
-        EXPECT_STREQ(model->logged_as, row.logged_as);
-        EXPECT_EQ(model->mark, row.mark);
-    }
+TEST(Cards, OfTypeThreeAreInNoRow) {
     EXPECT_EQ(cards::ModelOfType(kCardType3), nullptr);
     EXPECT_EQ(cards::ModelOfType(-1), nullptr);
-}
-
-TEST(Cards, CanDoWhatTheyAlwaysCould) {
-    const struct {
-        CardType type;
-        bool registers;
-        bool has_lte_call;
-        bool takes_messages;
-    } rows[] = {
-        {kCardGeneric, false, false, false},   {kCardSierra881, true, false, true},
-        {kCardType3, false, false, false},     {kCardSierraUsb305, true, false, false},
-        {kCardMc75i, false, false, false},     {kCardNovatelE362, true, true, false},
-        {kCardNovatelE371, true, true, false},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.type);
-        EXPECT_EQ(cards::Has(cards::kRegistering, row.type), row.registers);
-        EXPECT_EQ(cards::Has(cards::kLte, row.type), row.has_lte_call);
-        EXPECT_EQ(cards::Has(cards::kMessaging, row.type), row.takes_messages);
-    }
+    EXPECT_EQ(cards::ModelOfType(kCardGeneric)->type, kCardGeneric);
 }
 
 TEST(Cards, AreFoundInAnOptionInTheOrderOfTheTable) {
