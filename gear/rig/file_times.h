@@ -8,8 +8,9 @@
 
 namespace rig {
 
-// Open addressing, never rehashed, nothing ever removed: a scenario's files are few, and inode
-// numbers of a tmpfs come only once.
+// Open addressing, never rehashed. A scenario's files are few at a time, but the daemon replaces
+// some of them by new ones every few seconds, for simulated years; inode numbers of a tmpfs come
+// only once.
 class FileTimes {
   public:
     static constexpr std::uint32_t kSlots = 1U << 19;
@@ -46,6 +47,28 @@ class FileTimes {
         const Times* times = Slot(file);
         return times != nullptr && times->inode != 0 && Same(times->real_modified, file.st_mtim) &&
                Same(times->real_changed, file.st_ctim);
+    }
+
+    // The file has lost its last name. What had to give way to it moves up, so that it is found.
+    void Forget(const struct stat& file) {
+        Times* times = Slot(file);
+        if (times == nullptr || times->inode == 0) return;
+        std::uint64_t gap = static_cast<std::uint64_t>(times - slots_);
+        for (std::uint64_t next = (gap + 1) % kSlots; slots_[next].inode != 0;
+             next = (next + 1) % kSlots) {
+            const std::uint64_t home = Hash(slots_[next].device, slots_[next].inode);
+            if ((next - home) % kSlots < (next - gap) % kSlots) continue;
+            slots_[gap] = slots_[next];
+            gap = next;
+        }
+        slots_[gap] = {};
+    }
+
+    // Files that it knows; for tests.
+    std::uint32_t Count() const {
+        std::uint32_t count = 0;
+        for (const Times& times : slots_) count += times.inode != 0 ? 1 : 0;
+        return count;
     }
 
     // Replaces the kernel's times by the simulated ones. A file that somebody else made or changed
@@ -85,12 +108,15 @@ class FileTimes {
         return {static_cast<time_t>(seconds), static_cast<long>(rest * 1000)};
     }
 
+    static std::uint64_t Hash(std::uint64_t device, std::uint64_t inode) {
+        return ((inode * 0x9E3779B97F4A7C15ULL) ^ (device * 0xC2B2AE3D27D4EB4FULL)) % kSlots;
+    }
+
     // The file's slot, or an empty one; nullptr when the table is full.
     Times* Slot(const struct stat& file) {
-        const std::uint64_t hash =
-            (file.st_ino * 0x9E3779B97F4A7C15ULL) ^ (file.st_dev * 0xC2B2AE3D27D4EB4FULL);
+        const std::uint64_t home = Hash(file.st_dev, file.st_ino);
         for (std::uint32_t i = 0; i < kSlots; ++i) {
-            Times& times = slots_[(hash + i) % kSlots];
+            Times& times = slots_[(home + i) % kSlots];
             if (times.inode == 0) return &times;
             if (times.inode == file.st_ino && times.device == file.st_dev) return &times;
         }

@@ -27,6 +27,7 @@ class Files {
     void Touch(const std::string& path);                              // as touch(1) does
     bool TryTouch(const std::string& path);                           // false when it cannot
     void SetAge(const std::string& path, Duration age);  // both its times, against the wall clock
+    std::uint32_t Known() const { return memory_.file_times.Count(); }  // that have simulated times
 
     void Fail(const std::string& path, int error);  // opening it fails; 0: no longer
     // A file system of its own on a folder: nearly no room, or no writing. Until the world's end.

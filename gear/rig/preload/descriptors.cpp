@@ -82,6 +82,18 @@ void NoteRenamed(const char* path) {
     errno = error;
 }
 
+struct stat Behind(const char* path) {
+    const int error = errno;
+    struct stat file = {};
+    if (RIG_REAL(lstat)(path, &file) != 0) file = {};
+    errno = error;
+    return file;
+}
+
+void NoteGone(const struct stat& file) {
+    if (file.st_nlink == 1) shared->file_times.Forget(file);
+}
+
 void Translate(struct stat& file, int fd) {
     const Descriptor* entry = Find(fd);
     if (entry != nullptr && entry->kernel) file.st_size = 0;

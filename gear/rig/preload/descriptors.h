@@ -21,6 +21,10 @@ void Forget(int fd);
 void NoteWritten(int fd);
 void NoteRenamed(const char* path);
 void Translate(struct stat& file, int fd);
+// The file that a name stands for, to be told of when the name has gone or stands for another;
+// zero for none.
+struct stat Behind(const char* path);
+void NoteGone(const struct stat& file);
 
 // A record that the file has been written; with its text when the scenario watches it.
 void JournalFile(const char* path);

@@ -21,6 +21,8 @@ using namespace rig;
 
 namespace {
 
+const struct stat kNoFile = {};
+
 bool IsForWriting(int flags) {
     return (flags & O_ACCMODE) != O_RDONLY;
 }
@@ -242,22 +244,32 @@ int fstat64(int fd, struct stat64* file) noexcept {
 
 int unlink(const char* path) noexcept {
     const bool mine = agent::Enter();
+    const struct stat file = mine ? agent::Behind(path) : kNoFile;
     const int result = RIG_REAL(unlink)(path);
-    if (mine && result == 0) agent::JournalText(Kind::kUnlink, 0, path);
+    if (mine && result == 0) {
+        agent::NoteGone(file);
+        agent::JournalText(Kind::kUnlink, 0, path);
+    }
     return result;
 }
 
 int remove(const char* path) noexcept {
     const bool mine = agent::Enter();
+    const struct stat file = mine ? agent::Behind(path) : kNoFile;
     const int result = RIG_REAL(remove)(path);
-    if (mine && result == 0) agent::JournalText(Kind::kUnlink, 0, path);
+    if (mine && result == 0) {
+        agent::NoteGone(file);
+        agent::JournalText(Kind::kUnlink, 0, path);
+    }
     return result;
 }
 
 int rename(const char* from, const char* to) noexcept {
     const bool mine = agent::Enter();
+    const struct stat replaced = mine ? agent::Behind(to) : kNoFile;
     const int result = RIG_REAL(rename)(from, to);
     if (mine && result == 0) {
+        agent::NoteGone(replaced);
         agent::NoteRenamed(to);
         agent::JournalFile(to);
     }

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <fstream>
+#include <memory>
 
 #include "rig/private_root.h"
 #include "selftest/sample_world.h"
@@ -68,6 +69,32 @@ TEST(FileTimes, OfFilesThatAShellMakesAreSimulated) {
     world.Start();
     world.RunFor(61s);
     EXPECT_THAT(world.trace.Log(), ElementsAre("no file", Times(30, 30)));
+}
+
+// A year of the daemon replaces its status files ten million times.
+TEST(FileTimes, OfReplacedAndDeletedFilesTakeNoRoom) {
+    SampleWorld world("replacer");
+    world.Start();
+    EXPECT_EQ(world.RunToExit(1min), 0);
+    EXPECT_LT(world.files.Known(), 10U);
+}
+
+TEST(FileTimes, AreFoundWhenOthersThatStoodInTheirWayAreForgotten) {
+    constexpr unsigned kFiles = 3 * rig::FileTimes::kSlots / 4;
+    const auto times = std::make_unique<rig::FileTimes>();
+    struct stat file = {};
+    const auto number = [&file](unsigned inode) -> struct stat& {
+        file = {};
+        file.st_ino = inode;
+        return file;
+    };
+    for (unsigned inode = 1; inode <= kFiles; ++inode) times->Set(number(inode), inode, inode);
+    for (unsigned inode = 1; inode <= kFiles; inode += 2) times->Forget(number(inode));
+    times->Forget(number(1));
+    EXPECT_EQ(times->Count(), kFiles / 2);
+    for (unsigned inode = 1; inode <= kFiles; ++inode) {
+        ASSERT_EQ(times->IsAsSeen(number(inode)), inode % 2 == 0) << inode;
+    }
 }
 
 TEST(KernelFiles, ComeFromTheStory) {

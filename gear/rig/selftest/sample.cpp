@@ -196,6 +196,15 @@ void Writer() {
     unlink("/var/log/a");
 }
 
+void Replacer() {
+    for (int i = 0; i < 100; ++i) {
+        std::ofstream("/var/log/new") << i;
+        std::rename("/var/log/new", "/var/log/kept");
+        std::ofstream("/var/log/deleted") << i;
+        unlink("/var/log/deleted");
+    }
+}
+
 void Kernel() {
     for (const char* path : {"/proc/uptime", "/proc/99", "/proc/99/cmdline", "/proc/100",
                              "/sys/class/net/wwan0/statistics/tx_bytes"}) {
@@ -281,11 +290,11 @@ void Complain() {
 
 int main(int argc, char** argv) {
     const std::map<std::string, std::function<void()>> roles = {
-        {"clocks", Clocks},     {"sleeper", Sleeper}, {"talker", Talker}, {"drain", Drain},
-        {"settings", Settings}, {"opener", Opener},   {"looker", Looker}, {"writer", Writer},
-        {"kernel", Kernel},     {"address", Address}, {"shell", Shell},   {"faults", PathFaults},
-        {"crash", Crash},       {"hang", Hang},       {"leak", Leak},     {"complain", Complain},
-        {"nothing", [] {}},
+        {"clocks", Clocks},     {"sleeper", Sleeper},   {"talker", Talker},   {"drain", Drain},
+        {"settings", Settings}, {"opener", Opener},     {"looker", Looker},   {"writer", Writer},
+        {"kernel", Kernel},     {"replacer", Replacer}, {"address", Address}, {"shell", Shell},
+        {"faults", PathFaults}, {"crash", Crash},       {"hang", Hang},       {"leak", Leak},
+        {"complain", Complain}, {"nothing", [] {}},
     };
     if (argc < 2) return 2;
     if (argc > 2) g_argument = argv[2];
