@@ -8,9 +8,8 @@
 
 namespace rig {
 
-// Open addressing, never rehashed. A scenario's files are few at a time, but the daemon replaces
-// some of them by new ones every few seconds, for simulated years; inode numbers of a tmpfs come
-// only once.
+// Open addressing, never rehashed. A scenario has few files at a time, but in simulated years many
+// come and go, and the inode numbers of a tmpfs come only once.
 class FileTimes {
   public:
     static constexpr std::uint32_t kSlots = 1U << 19;
@@ -84,8 +83,12 @@ class FileTimes {
             times->real_modified = file.st_mtim;
             times->real_changed = file.st_ctim;
         }
-        file.st_mtim = ToTimespec(times->modified);
-        file.st_ctim = ToTimespec(times->changed);
+        Show(file, times->modified, times->changed);
+    }
+
+    static void Show(struct stat& file, std::int64_t modified, std::int64_t changed) {
+        file.st_mtim = ToTimespec(modified);
+        file.st_ctim = ToTimespec(changed);
         file.st_atim = file.st_mtim;
     }
 

@@ -96,8 +96,12 @@ void NoteGone(const struct stat& file) {
 
 void Translate(struct stat& file, int fd) {
     const Descriptor* entry = Find(fd);
-    if (entry != nullptr && entry->kernel) file.st_size = 0;
-    shared->file_times.Translate(file, WallClock());
+    if (entry == nullptr || !entry->kernel) {
+        shared->file_times.Translate(file, WallClock());
+        return;
+    }
+    file.st_size = 0;
+    FileTimes::Show(file, WallClock(), WallClock());  // each is made when it is opened
 }
 
 void JournalFile(const char* path) {

@@ -71,8 +71,8 @@ TEST(FileTimes, OfFilesThatAShellMakesAreSimulated) {
     EXPECT_THAT(world.trace.Log(), ElementsAre("no file", Times(30, 30)));
 }
 
-// A year of the daemon replaces its status files ten million times.
-TEST(FileTimes, OfReplacedAndDeletedFilesTakeNoRoom) {
+// A year of the daemon makes millions of files; of the kernel each look gets a new one.
+TEST(FileTimes, OfFilesThatAreGoneTakeNoRoom) {
     SampleWorld world("replacer");
     world.Start();
     EXPECT_EQ(world.RunToExit(1min), 0);

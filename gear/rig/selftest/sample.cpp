@@ -202,6 +202,10 @@ void Replacer() {
         std::rename("/var/log/new", "/var/log/kept");
         std::ofstream("/var/log/deleted") << i;
         unlink("/var/log/deleted");
+        struct stat file = {};
+        const int fd = open("/proc/uptime", O_RDONLY);
+        fstat(fd, &file);
+        close(fd);
     }
 }
 
