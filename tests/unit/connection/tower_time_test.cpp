@@ -155,7 +155,7 @@ struct RefusedTime {
     std::int64_t period;
 };
 
-TEST_F(TowerTime, ThatIsNoneIsRefusedAndRetriedWhenItsYearIsOfToday) {
+TEST_F(TowerTime, ThatCannotBeIsRefusedAndAskedForSoonInAPossibleYear) {
     const Lines all_zero = {NotValid("00:00:00 00/00/0")};
     const Lines unknown_command = {
         "Modem does not appear to support tower time command, cannot time sync"};

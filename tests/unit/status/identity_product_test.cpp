@@ -74,6 +74,7 @@ TEST_F(ProductOf, AnEchoedLineIsTracedAfterCleaning) {
     g_i_CardType = kCardNovatelE362;
     EXPECT_THAT(LogOf("after cleaning", UpdateCardIdentity),
                 ElementsAre("DEBUG: line after cleaning (length 4): E362"));
+    EXPECT_TRUE(world.Logged("DEBUG: checking line : at+gmm\r"));
 }
 
 // Only the start is trimmed: the line's carriage return stays in the field.
