@@ -261,6 +261,8 @@ TEST_F(TowerTime, ShowsTheYearAsTheModemSaidIt) {
     g_i_DebugLevel = 1;
     AskE371("+CCLK: \"26/03/04,05:07:09\"");
     EXPECT_TRUE(world.Logged("DEBUG: year=26, month=3, day=4, hour=5, min=7, seconds=9"));
+    AskE371("+CCLK: \"26/13/04,05:07:09\"");
+    EXPECT_TRUE(world.Logged("DEBUG: year=26, month=13, day=4, hour=5, min=7, seconds=9"));
 }
 
 TEST_F(TowerTime, CountsTheMatchesOfEveryLineUpToTheWholeOne) {
