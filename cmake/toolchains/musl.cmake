@@ -15,7 +15,10 @@ set(CMAKE_AR ${musl}/bin/musl-ar CACHE FILEPATH "")
 set(CMAKE_RANLIB ${musl}/bin/musl-ranlib CACHE FILEPATH "")
 # Every way to link wants libraries of its own, compiled on the first use: make all programs alike,
 # and the compiler checks none.
-set(CMAKE_EXE_LINKER_FLAGS_INIT "-flto -Os")
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-Os")
+if(NOT DEFINED MODEMD_LTO OR MODEMD_LTO)
+    string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT " -flto")
+endif()
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 set(CMAKE_DISABLE_PRECOMPILE_HEADERS ON)  # this compiler makes none
 if(QEMU)
