@@ -167,7 +167,8 @@ int ioctl(int fd, unsigned long request, ...) noexcept {
     if (agent::Enter()) {
         const agent::Descriptor* entry = agent::Find(fd);
         if (entry != nullptr && entry->port) return agent::ControlPort(request, argument);
-        if (request == SIOCGIFADDR) return InterfaceAddress(static_cast<ifreq*>(argument));
+        const bool open = syscall(SYS_fcntl, fd, F_GETFD) != -1;
+        if (request == SIOCGIFADDR && open) return InterfaceAddress(static_cast<ifreq*>(argument));
     }
     return static_cast<int>(syscall(SYS_ioctl, fd, request, argument));
 }

@@ -32,8 +32,10 @@ Times OpenTimes(const World& world) {
     return times;
 }
 
-TEST(Port, ThatNeverOpensIsTriedFiveTimesThenTheModemIsReset) {
-    World world;
+class UnopenedPort : public ::testing::TestWithParam<std::string> {};
+
+TEST_P(UnopenedPort, IsTriedFiveTimesThenTheModemIsReset) {
+    World world(GetParam());
     world.port.RemoveDevice();
     world.Start();
     EXPECT_EQ(world.RunToExit(60s), 255);
@@ -50,6 +52,8 @@ TEST(Port, ThatNeverOpensIsTriedFiveTimesThenTheModemIsReset) {
     EXPECT_EQ(LastOf(world.trace.Shell()), kReset);
     EXPECT_EQ(world.clock.Now(), 40s);
 }
+
+INSTANTIATE_TEST_SUITE_P(Cards, UnopenedPort, ::testing::ValuesIn(rig::EveryCardOption()));
 
 TEST(Port, ThatAppearsLateIsTakenAtTheNextTry) {
     World world;

@@ -137,7 +137,10 @@ int ioctl(int fd, IoctlRequest request, ...) LIBC_NOEXCEPT {
     va_start(arguments, request);
     void* argument = va_arg(arguments, void*);
     va_end(arguments);
-    if (g_router.world != nullptr && request == SIOCGIFADDR) return AnswerAddressQuery(argument);
+    const bool open = fcntl(fd, F_GETFD) != -1;
+    if (g_router.world != nullptr && request == SIOCGIFADDR && open) {
+        return AnswerAddressQuery(argument);
+    }
     return static_cast<int>(syscall(SYS_ioctl, fd, request, argument));
 }
 
