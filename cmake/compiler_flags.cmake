@@ -75,4 +75,9 @@ if(CMAKE_BUILD_TYPE STREQUAL "MinSizeRel")
     endif()
     target_compile_options(modemd_small INTERFACE ${small})
     target_link_options(modemd_small INTERFACE ${small} -Os -s)
+    # The linker that comes with Clang takes such a script beside its own.
+    if(MODEMD_STATIC STREQUAL "ALL" AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+        target_link_options(modemd_small INTERFACE -Wl,--no-eh-frame-hdr
+            "-Wl,-T,${CMAKE_SOURCE_DIR}/cmake/without_unwind_tables.ld")
+    endif()
 endif()
