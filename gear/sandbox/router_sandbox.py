@@ -33,8 +33,8 @@ class Router:
     def __init__(self, card=None, command=("sleep", "100000")):
         self.directory = tempfile.TemporaryDirectory(prefix="modemd-system-")
         pid_file = pathlib.Path(self.directory.name) / "pid"
-        # Even a killed test takes its sandbox along.
-        router = ["setpriv", "--pdeathsig", "TERM",
+        # Even a killed test takes its sandbox along; and under nohup a shell inside heeds signals.
+        router = ["/usr/bin/env", "--default-signal", "setpriv", "--pdeathsig", "TERM",
                   str(PROJECT / "scripts" / "router"), "--quiet", "--build", str(BUILD),
                   "--pid-file", str(pid_file)]
         if card:
